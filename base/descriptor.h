@@ -1,0 +1,39 @@
+// Owns a file descriptor and closes it on every way out, with errno kept.
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+#include "base/errno_keeper.h"
+
+namespace fairlead {
+
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int fd) : fd_(fd) {}
+  Descriptor(Descriptor&& other) noexcept : fd_(other.release()) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    if (this != &other) reset(other.release());
+    return *this;
+  }
+  ~Descriptor() { reset(); }
+
+  explicit operator bool() const { return fd_ >= 0; }
+  int get() const { return fd_; }
+  int release() { return std::exchange(fd_, -1); }
+
+  void reset(int fd = -1) {
+    if (fd_ >= 0) {
+      ErrnoKeeper keep;
+      close(fd_);  // not retried on EINTR: Linux has released the number by then
+    }
+    fd_ = fd;
+  }
+
+ private:
+  int fd_ = -1;
+};
+
+}  // namespace fairlead

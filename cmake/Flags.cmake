@@ -1,0 +1,33 @@
+# Compiler and linker settings: one interface target for all code, one for what ships.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+add_library(fairlead_flags INTERFACE)
+target_compile_definitions(fairlead_flags INTERFACE _GNU_SOURCE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+target_compile_options(fairlead_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wformat=2 -Wno-format-nonliteral
+  $<$<COMPILE_LANGUAGE:CXX>:-Wconversion>)
+if(FAIRLEAD_WERROR)
+  target_compile_options(fairlead_flags INTERFACE -Werror)
+endif()
+if(FAIRLEAD_SANITIZE)
+  target_compile_options(fairlead_flags INTERFACE
+    -fsanitize=${FAIRLEAD_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(fairlead_flags INTERFACE -fsanitize=${FAIRLEAD_SANITIZE})
+  target_compile_definitions(fairlead_flags INTERFACE FAIRLEAD_SANITIZED)
+endif()
+
+# libc is all that may be needed at run time: no exceptions, no RTTI, nothing left undefined.
+add_library(fairlead_libc_only INTERFACE)
+target_compile_options(fairlead_libc_only INTERFACE
+  -fvisibility=hidden
+  $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics -fvisibility-inlines-hidden>)
+target_link_options(fairlead_libc_only INTERFACE -static-libgcc LINKER:--as-needed)
+if(NOT (FAIRLEAD_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang"))
+  target_link_options(fairlead_libc_only INTERFACE LINKER:-z,defs)
+endif()

@@ -1,0 +1,16 @@
+# What `cmake --install` lays down: library, headers, tools, CMake package, pkg-config file.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS fairlead EXPORT fairlead LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY include/fairlead DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(EXPORT fairlead NAMESPACE fairlead:: FILE fairleadTargets.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/fairlead)
+
+configure_package_config_file(cmake/fairleadConfig.cmake.in ${PROJECT_BINARY_DIR}/fairleadConfig.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/fairlead)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/fairleadConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/fairleadConfig.cmake ${PROJECT_BINARY_DIR}/fairleadConfigVersion.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/fairlead)
+
+configure_file(cmake/fairlead.pc.in ${PROJECT_BINARY_DIR}/fairlead.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/fairlead.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

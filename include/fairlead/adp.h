@@ -1,0 +1,9 @@
+/* adp.h - adapters: everything of the adapter subsystem. */
+#ifndef FAIRLEAD_ADP_H
+#define FAIRLEAD_ADP_H
+
+#include "fairlead/adp/handle.h"
+#include "fairlead/adp/project.h"
+#include "fairlead/adp/request.h"
+
+#endif

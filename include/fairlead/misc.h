@@ -1,0 +1,8 @@
+/* misc.h - system helpers: everything of the misc subsystem. */
+#ifndef FAIRLEAD_MISC_H
+#define FAIRLEAD_MISC_H
+
+#include "fairlead/misc/files.h"
+#include "fairlead/misc/process.h"
+
+#endif

@@ -1,0 +1,63 @@
+// The fixture: clears the private device root and compares the census.
+#include "support/device_test.h"
+
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace fairlead_test {
+namespace {
+
+namespace fs = std::filesystem;
+
+void clear_folder(const char* path) {
+  for (const auto& entry : fs::directory_iterator(path)) {
+    std::error_code ignored;  // what is mounted there, such as the source tree, stays
+    fs::remove_all(entry.path(), ignored);
+  }
+}
+
+}  // namespace
+
+void DeviceTest::SetUp() {
+  ASSERT_TRUE(fs::exists("/.device-root"))
+      << "tests run in a private device root only: tools/device-root "
+      << "TEST";
+  for (const char* folder : {"/prj", "/etc/config"}) clear_folder(folder);
+  remove_tree("/tmp/.var");
+  make_directories("/tmp/.var");
+  before_ = take_census();
+}
+
+void DeviceTest::TearDown() {
+  const std::string changed = difference(before_, take_census());
+  EXPECT_EQ("", changed) << "the test left the process changed";
+}
+
+void put_file(const std::string& path, const std::string& content, int mode) {
+  fs::create_directories(fs::path(path).parent_path());
+  std::ofstream(path, std::ios::binary) << content;
+  chmod(path.c_str(), static_cast<mode_t>(mode));
+}
+
+std::string file_content(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return "<missing>";
+  std::ostringstream content;
+  content << file.rdbuf();
+  return content.str();
+}
+
+bool exists(const std::string& path) {
+  struct stat status;
+  return lstat(path.c_str(), &status) == 0;
+}
+
+void make_directories(const std::string& path) { fs::create_directories(path); }
+
+void remove_tree(const std::string& path) { fs::remove_all(path); }
+
+}  // namespace fairlead_test
