@@ -2,6 +2,7 @@
 #ifndef FAIRLEAD_TALK_JSON_H
 #define FAIRLEAD_TALK_JSON_H
 
+#include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
 
@@ -44,8 +45,16 @@ typedef struct rcs {
   uint32_t length;
   uint32_t capacity;
 } rcs_t;
+typedef struct json_buffer {
+  char* text;
+  size_t length, capacity;
+} json_buffer_t;
 typedef struct json_jpi {
-  json_t* cursor; /* the root once the document is complete */
+  json_t* cursor;      /* the root once the document is complete */
+  uint32_t state;      /* the rest is the parser's own: what may come next, */
+  uint32_t lexer;      /* the kind of token that is half read, */
+  size_t line;         /* the line that is read, from 1, */
+  json_buffer_t token; /* and what the piece before held of the token */
 } json_jpi_t;
 
 rcs_t* rcs_create(uint32_t length);

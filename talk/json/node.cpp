@@ -1,0 +1,163 @@
+// Nodes: making, linking, unlinking, freeing.
+#include "talk/json/node.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "base/fail.h"
+#include "base/owned.h"
+#include "talk/json/assertion.h"
+
+namespace {
+
+using fairlead::fail;
+using fairlead::OwnedText;
+
+char* inline_text(json_t* node) { return reinterpret_cast<char*>(node + 1); }
+
+void release(json_t* node) {
+  if (node->text != inline_text(node)) free(node->text);
+  free(node);
+}
+
+// Frees an unlinked node and all below it. Each node is freed when its last child is gone, so the
+// way back is the parent link and no stack is needed.
+void release_tree(json_t* top) {
+  json_t* node = top;
+  while (true) {
+    while (node->child) node = node->child;
+    json_t* const parent = node->parent;
+    json_t* const next = node->next;
+    release(node);
+    if (node == top) return;
+    parent->child = next;
+    node = next ? next : parent;
+  }
+}
+
+// Where a value may stand: under a label or in an array.
+json_error check_value(const json_t* child) {
+  if (child->type > JSON_NULL) return JSON_BAD_STRUCTURE;
+  if (child->type == JSON_OBJECT || child->type == JSON_ARRAY) return JSON_DONE;
+  return child->child ? JSON_BAD_STRUCTURE : JSON_DONE;
+}
+
+json_error check_insert(const json_t* parent, const json_t* child) {
+  switch (parent->type) {
+    case JSON_OBJECT:
+      return child->type == JSON_STRING ? JSON_DONE : JSON_BAD_STRUCTURE;
+    case JSON_STRING:
+    case JSON_ARRAY:
+      return check_value(child);
+    default:
+      return JSON_BAD_STRUCTURE;
+  }
+}
+
+}  // namespace
+
+json_t* fairlead::new_text_node(uint32_t kind, std::string_view text) {
+  if (text.size() > SIZE_MAX - sizeof(json_t) - 1) return fail<json_t*>(ENOMEM);
+  auto* node = static_cast<json_t*>(malloc(sizeof(json_t) + text.size() + 1));
+  if (!node) return nullptr;
+  *node = {kind, inline_text(node), nullptr, nullptr, nullptr, nullptr, nullptr};
+  memcpy(node->text, text.data(), text.size());
+  node->text[text.size()] = '\0';
+  return node;
+}
+
+bool fairlead::set_node_text(json_t* node, std::string_view text) {
+  const bool is_inline = node->text == inline_text(node);
+  if (is_inline && text.size() <= strlen(node->text)) {
+    memmove(node->text, text.data(), text.size());
+    node->text[text.size()] = '\0';
+    return true;
+  }
+  if (text.size() == SIZE_MAX) return fail<bool>(ENOMEM);
+  OwnedText copy(static_cast<char*>(malloc(text.size() + 1)));
+  if (!copy) return false;
+  memcpy(copy.get(), text.data(), text.size());
+  copy.get()[text.size()] = '\0';
+  if (!is_inline) free(node->text);
+  node->text = copy.release();
+  return true;
+}
+
+extern "C" json_t* json_new_value(uint32_t kind) {
+  // One byte more where a text may be set later: no block of another text then starts right behind
+  // the record, where it would be taken for an inline one.
+  const size_t size = sizeof(json_t) + (kind <= JSON_NUMBER ? 1 : 0);
+  auto* node = static_cast<json_t*>(malloc(size));
+  if (node) *node = {kind, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+  return node;
+}
+
+extern "C" json_t* json_new_string(const char* text) {
+  NODE_ASSERT_GIVEN(text);
+  return fairlead::new_text_node(JSON_STRING, text);
+}
+
+extern "C" json_t* json_new_number(const char* text) {
+  NODE_ASSERT_GIVEN(text);
+  return fairlead::new_text_node(JSON_NUMBER, text);
+}
+
+extern "C" json_t* json_new_object(void) { return json_new_value(JSON_OBJECT); }
+
+extern "C" json_t* json_new_array(void) { return json_new_value(JSON_ARRAY); }
+
+extern "C" json_t* json_new_true(void) { return json_new_value(JSON_TRUE); }
+
+extern "C" json_t* json_new_false(void) { return json_new_value(JSON_FALSE); }
+
+extern "C" json_t* json_new_null(void) { return json_new_value(JSON_NULL); }
+
+extern "C" json_error json_insert_child(json_t* parent, json_t* child) {
+  NODE_ASSERT_GIVEN(parent);
+  NODE_ASSERT_GIVEN(child);
+  NODE_ASSERT(parent != child);
+  const json_error result = check_insert(parent, child);
+  if (result == JSON_DONE) fairlead::link_last(parent, child);
+  return result;
+}
+
+extern "C" json_error json_insert_pair_into_object(json_t* parent, const char* text_label,
+                                                   json_t* value) {
+  NODE_ASSERT_GIVEN(parent);
+  NODE_ASSERT_GIVEN(text_label);
+  NODE_ASSERT_GIVEN(value);
+  NODE_ASSERT(parent != value);
+  NODE_ASSERT(parent->type == JSON_OBJECT);
+  json_t* label = json_new_string(text_label);
+  if (!label) return JSON_NO_MEMORY;
+
+  const json_error result = json_insert_child(label, value);
+  if (result != JSON_DONE) {
+    json_free_value(&label);
+    return result;
+  }
+  return json_insert_child(parent, label);
+}
+
+extern "C" int json_detach_child(json_t* parent, json_t* child) {
+  if (!parent || !child || child->parent != parent) return fail<int>(EINVAL);
+  fairlead::unlink_node(child);
+  return 1;
+}
+
+extern "C" void json_free_value(json_t** value) {
+  NODE_ASSERT_TEXT(value && *value, "*value");
+  fairlead::unlink_node(*value);
+  release_tree(*value);
+  *value = nullptr;
+}
+
+extern "C" json_t* json_find_first_label(const json_t* object, const char* text_label) {
+  NODE_ASSERT_GIVEN(object);
+  NODE_ASSERT_GIVEN(text_label);
+  NODE_ASSERT(object->type == JSON_OBJECT);
+  for (json_t* label = object->child; label; label = label->next)
+    if (label->type == JSON_STRING && label->text && strcmp(label->text, text_label) == 0)
+      return label;
+  return nullptr;
+}

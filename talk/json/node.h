@@ -1,0 +1,48 @@
+// Nodes from inside. A node and its text are one block, the text behind the record; a text that is
+// set later and does not fit there has a block of its own, which the node owns as well.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "fairlead/talk/json.h"
+
+namespace fairlead {
+
+// A node of kind JSON_STRING or JSON_NUMBER with a copy of `text`; null when memory runs out.
+json_t* new_text_node(uint32_t kind, std::string_view text);
+
+// Gives a node a copy of `text`, which may be the node's present text or a part of it.
+// False when memory runs out: the old text stays.
+bool set_node_text(json_t* node, std::string_view text);
+
+// Makes an unlinked node the last child, whatever the kinds of the two.
+inline void link_last(json_t* parent, json_t* child) {
+  json_t* last = parent->child_end;
+  child->parent = parent;
+  child->previous = last;
+  child->next = nullptr;
+  (last ? last->next : parent->child) = child;
+  parent->child_end = child;
+}
+
+// Takes a node out of its siblings and its parent.
+inline void unlink_node(json_t* node) {
+  json_t* const parent = node->parent;
+  if (node->previous)
+    node->previous->next = node->next;
+  else if (parent)
+    parent->child = node->next;
+  if (node->next)
+    node->next->previous = node->previous;
+  else if (parent)
+    parent->child_end = node->previous;
+  node->parent = node->previous = node->next = nullptr;
+}
+
+// A string node is a label, and not a value, in an object or where nothing is above it.
+inline bool is_label(const json_t* node) {
+  return node->type == JSON_STRING && (!node->parent || node->parent->type == JSON_OBJECT);
+}
+
+}  // namespace fairlead

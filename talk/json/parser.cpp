@@ -1,0 +1,142 @@
+// The incremental parser: builds the tree from what the grammar reads.
+#include "talk/json/parser.h"
+
+#include "talk/json/assertion.h"
+#include "talk/json/grammar.h"
+#include "talk/json/lexer.h"
+#include "talk/json/node.h"
+
+namespace {
+
+using fairlead::JsonLexer;
+using fairlead::kGoOn;
+namespace grammar = fairlead::grammar;
+
+// `info->cursor` is what the next token belongs to: the open container, or a label without a value.
+class TreeBuilder {
+ public:
+  explicit TreeBuilder(json_jpi_t* info) : info_(info) {}
+
+  json_error open(uint32_t kind) {
+    json_t* node = json_new_value(kind);
+    if (!node) return JSON_NO_MEMORY;
+    if (info_->cursor) fairlead::link_last(info_->cursor, node);
+    info_->cursor = node;
+    return kGoOn;
+  }
+
+  json_error close(grammar::State& around) {
+    json_t* const parent = info_->cursor->parent;
+    around = grammar::kComplete;
+    if (!parent) return kGoOn;
+    const bool member = parent->type == JSON_STRING;
+    around = member ? grammar::kMemberEnd : grammar::kElementEnd;
+    info_->cursor = member ? parent->parent : parent;
+    return kGoOn;
+  }
+
+  json_error label(std::string_view text) {
+    json_t* node = fairlead::new_text_node(JSON_STRING, text);
+    if (!node) return JSON_NO_MEMORY;
+    fairlead::link_last(info_->cursor, node);
+    info_->cursor = node;
+    return kGoOn;
+  }
+
+  json_error value(uint32_t kind, std::string_view text) {
+    json_t* node = kind <= JSON_NUMBER ? fairlead::new_text_node(kind, text) : json_new_value(kind);
+    if (!node) return JSON_NO_MEMORY;
+    fairlead::link_last(info_->cursor, node);
+    if (info_->cursor->type == JSON_STRING) info_->cursor = info_->cursor->parent;
+    return kGoOn;
+  }
+
+ private:
+  json_jpi_t* info_;
+};
+
+// Between two pieces the record was in the caller's hands.
+void check_cursor(const json_jpi_t* info) {
+  switch (info->state) {
+    case grammar::kDocument:
+    case grammar::kComplete:
+      return;
+    case grammar::kColon:
+    case grammar::kMemberValue:
+      NODE_ASSERT_GIVEN(info->cursor);
+      NODE_ASSERT(info->cursor->type == JSON_STRING);
+      return;
+    case grammar::kElement:
+    case grammar::kElementEnd:
+      NODE_ASSERT_GIVEN(info->cursor);
+      NODE_ASSERT(info->cursor->type == JSON_ARRAY);
+      return;
+    default:
+      NODE_ASSERT_GIVEN(info->cursor);
+      NODE_ASSERT(info->cursor->type == JSON_OBJECT);
+  }
+}
+
+json_error read_piece(json_jpi_t* info, const char* text) {
+  JsonLexer lexer(info, text);
+  TreeBuilder builder(info);
+  const json_error result = fairlead::read_document(info, lexer, builder);
+  if (result != JSON_NEED_MORE || lexer.keep_begun_token()) return result;
+  return JSON_NO_MEMORY;
+}
+
+json_error end_of_pieces(json_jpi_t* info) {
+  if (info->state == grammar::kComplete) return JSON_DONE;
+  fairlead::abandon_parse(info);
+  return JSON_INTERNAL;
+}
+
+}  // namespace
+
+void fairlead::abandon_parse(json_jpi_t* info) {
+  drop_kept_token(info);
+  json_t* root = info->cursor;
+  while (root && root->parent) root = root->parent;
+  if (root) json_free_value(&root);
+  *info = {nullptr, grammar::kFailed, lex::kBetween, info->line, {}};
+}
+
+json_error fairlead::end_unfinished(json_jpi_t* info, bool empty, json_error unfinished) {
+  const bool blank = !empty && info->state == grammar::kDocument && info->lexer == lex::kBetween;
+  const json_error result = blank ? grammar::report_misplaced(info) : unfinished;
+  abandon_parse(info);
+  return result;
+}
+
+extern "C" json_error json_parse_document(json_t** root, const char* text) {
+  NODE_ASSERT_GIVEN(root);
+  NODE_ASSERT_NULL(*root);
+  NODE_ASSERT_GIVEN(text);
+  json_jpi_t info;
+  json_jpi_init(&info);
+  const json_error result = json_parse_fragment(&info, text);
+  if (result == JSON_NEED_MORE)
+    return fairlead::end_unfinished(&info, text[0] == '\0', JSON_NEED_MORE);
+  if (result != JSON_DONE_AT_END) return result;
+  *root = info.cursor;
+  return JSON_DONE;
+}
+
+extern "C" int json_jpi_init(json_jpi_t* jpi) {
+  NODE_ASSERT_GIVEN(jpi);
+  *jpi = {nullptr, grammar::kDocument, fairlead::lex::kBetween, 1, {}};
+  return 1;
+}
+
+extern "C" json_error json_parse_fragment(json_jpi_t* info, const char* text) {
+  NODE_ASSERT_GIVEN(info);
+  if (!text) return end_of_pieces(info);
+  if (info->state >= grammar::kStates) return JSON_INTERNAL;
+  check_cursor(info);
+  const json_error result = read_piece(info, text);
+  if (result == JSON_DONE_AT_END)
+    fairlead::drop_kept_token(info);
+  else if (result != JSON_NEED_MORE)
+    fairlead::abandon_parse(info);
+  return result;
+}

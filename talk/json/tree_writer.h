@@ -1,0 +1,69 @@
+// Writes a tree as compact text, piece by piece, to whatever takes the pieces.
+#pragma once
+
+#include <string_view>
+
+#include "talk/json/node.h"
+
+namespace fairlead {
+
+// What stands at a node before its children. `inner` is set to the first child that follows.
+template <class Output>
+json_error write_begin(const json_t* node, Output& output, const json_t*& inner) {
+  switch (node->type) {
+    case JSON_STRING:
+      if (!node->text) return JSON_BAD_STRUCTURE;
+      output.quoted(node->text);
+      if (!is_label(node)) return JSON_DONE;
+      output.put(':');
+      inner = node->child;
+      return inner ? JSON_DONE : JSON_BAD_STRUCTURE;
+    case JSON_NUMBER:
+      if (!node->text) return JSON_BAD_STRUCTURE;
+      output.add(node->text);
+      return JSON_DONE;
+    case JSON_OBJECT:
+    case JSON_ARRAY:
+      output.put(node->type == JSON_OBJECT ? '{' : '[');
+      inner = node->child;
+      return JSON_DONE;
+    case JSON_TRUE:
+      output.add("true");
+      return JSON_DONE;
+    case JSON_FALSE:
+      output.add("false");
+      return JSON_DONE;
+    case JSON_NULL:
+      output.add("null");
+      return JSON_DONE;
+    default:
+      return JSON_INTERNAL;
+  }
+}
+
+// `output` has put(char), add(text) and quoted(text), and remembers by itself when one has failed.
+// The way back up is the parent link: no stack is needed at any depth.
+template <class Output>
+json_error write_tree(const json_t* root, Output& output) {
+  const json_t* node = root;
+  while (true) {
+    if (node != root && node->previous) output.put(',');
+    const json_t* inner = nullptr;
+    const json_error result = write_begin(node, output, inner);
+    if (result != JSON_DONE) return result;
+    if (inner) {
+      node = inner;
+      continue;
+    }
+    while (true) {
+      if (node->type == JSON_OBJECT) output.put('}');
+      if (node->type == JSON_ARRAY) output.put(']');
+      if (node == root || !node->parent) return JSON_DONE;
+      if (node->next) break;
+      node = node->parent;
+    }
+    node = node->next;
+  }
+}
+
+}  // namespace fairlead
