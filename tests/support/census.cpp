@@ -2,10 +2,11 @@
 #include "support/census.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <cstdio>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -14,56 +15,102 @@
 namespace fairlead_test {
 namespace {
 
-std::map<int, std::string> list_descriptors() {
-  std::map<int, std::string> found;
-  DIR* folder = opendir("/proc/self/fd");
+constexpr int kRestorer = 0x04000000;
+
+// Names in a folder of /proc that are numbers, but for the descriptor of the listing itself.
+std::set<int> numbers_in(const char* path) {
+  std::set<int> found;
+  DIR* const folder = opendir(path);
   if (!folder) return found;
   while (const dirent* entry = readdir(folder)) {
-    const int fd = atoi(entry->d_name);
-    if (entry->d_name[0] == '.' || fd == dirfd(folder)) continue;
-    char target[512];
-    const ssize_t length =
-        readlink(("/proc/self/fd/" + std::string(entry->d_name)).c_str(), target, sizeof target);
-    found[fd] = length < 0 ? "?" : std::string(target, static_cast<size_t>(length));
+    const int number = atoi(entry->d_name);
+    if (entry->d_name[0] >= '0' && entry->d_name[0] <= '9' && number != dirfd(folder))
+      found.insert(number);
   }
   closedir(folder);
   return found;
 }
 
-std::vector<std::string> list_children() {
-  std::vector<std::string> found;
-  const std::string self = std::to_string(getpid());
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task")) {
-    std::ifstream file(entry.path() / "children");
-    std::string pid;
-    while (file >> pid) found.push_back(pid);
+bool is_default_value_store(const std::string& target) {
+  return target.rfind("/tmp/.var/gvalue/default", 0) == 0;
+}
+
+std::map<int, std::string> list_descriptors() {
+  std::map<int, std::string> found;
+  for (const int fd : numbers_in("/proc/self/fd")) {
+    char target[512];
+    const std::string link = "/proc/self/fd/" + std::to_string(fd);
+    const ssize_t length = readlink(link.c_str(), target, sizeof target);
+    if (length < 0) continue;
+    const std::string text(target, static_cast<size_t>(length));
+    if (is_default_value_store(text)) continue;
+    found[fd] = text + (fcntl(fd, F_GETFD) & FD_CLOEXEC ? ", close-on-exec" : "");
   }
   return found;
 }
 
-std::vector<int> list_blocked() {
+// From the process list: a child that ended and was not reaped stands there too.
+std::map<int, std::string> list_children() {
+  std::map<int, std::string> found;
+  for (const int pid : numbers_in("/proc")) {
+    std::string line;
+    std::getline(std::ifstream("/proc/" + std::to_string(pid) + "/stat"), line);
+    // "PID (NAME) STATE PARENT ...", where a name may hold blanks and braces.
+    const size_t open = line.find('('), close = line.rfind(')');
+    if (open == std::string::npos || close == std::string::npos) continue;
+    std::istringstream rest(line.substr(close + 1));
+    std::string state;
+    int parent = 0;
+    rest >> state >> parent;
+    if (parent == getpid()) found[pid] = line.substr(open, close - open + 1) + " " + state;
+  }
+  return found;
+}
+
+std::set<int> signals_in(const sigset_t& mask) {
+  std::set<int> numbers;
+  for (int number = 1; number < NSIG; ++number)
+    if (sigismember(&mask, number) == 1) numbers.insert(number);
+  return numbers;
+}
+
+std::set<int> list_blocked() {
   sigset_t mask;
   sigprocmask(SIG_SETMASK, nullptr, &mask);
-  std::vector<int> blocked;
-  for (int number = 1; number < NSIG; ++number)
-    if (sigismember(&mask, number) == 1) blocked.push_back(number);
-  return blocked;
+  return signals_in(mask);
 }
 
 std::map<int, std::string> list_handlers() {
   std::map<int, std::string> found;
   for (int number = 1; number < NSIG; ++number) {
     struct sigaction action;
-    if (sigaction(number, nullptr, &action) != 0 || action.sa_handler == SIG_DFL) continue;
+    if (sigaction(number, nullptr, &action) != 0) continue;
     std::ostringstream text;
-    text << reinterpret_cast<void*>(action.sa_handler) << " flags " << std::hex << action.sa_flags;
+    // The bit that the C library sets for itself says nothing.
+    text << reinterpret_cast<void*>(action.sa_handler) << " flags " << std::hex
+         << (action.sa_flags & ~kRestorer) << std::dec << " mask";
+    for (const int blocked : signals_in(action.sa_mask)) text << " " << blocked;
     found[number] = text.str();
   }
   return found;
 }
 
-template <class Map>
-void compare(const char* what, const Map& before, const Map& after, std::ostringstream& out) {
+bool alarm_is_armed() {
+  itimerval timer;
+  getitimer(ITIMER_REAL, &timer);
+  return timer.it_value.tv_sec != 0 || timer.it_value.tv_usec != 0;
+}
+
+// Read from /proc: asking the system call means changing it for a moment.
+std::string file_mode_mask() {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);)
+    if (line.rfind("Umask:", 0) == 0) return line.substr(7);
+  return "unknown";
+}
+
+void compare(const char* what, const std::map<int, std::string>& before,
+             const std::map<int, std::string>& after, std::ostringstream& out) {
   for (const auto& [key, value] : before) {
     const auto match = after.find(key);
     if (match == after.end())
@@ -75,31 +122,40 @@ void compare(const char* what, const Map& before, const Map& after, std::ostring
     if (!before.count(key)) out << what << " " << key << " (" << value << ") is new\n";
 }
 
+void compare_blocked(const std::set<int>& before, const std::set<int>& after,
+                     std::ostringstream& out) {
+  for (const int number : after)
+    if (!before.count(number)) out << "signal " << number << " is blocked\n";
+  for (const int number : before)
+    if (!after.count(number)) out << "signal " << number << " is not blocked any more\n";
+}
+
 }  // namespace
 
 Census take_census() {
-  itimerval timer;
-  getitimer(ITIMER_REAL, &timer);
-  return {list_descriptors(),
-          list_children(),
-          list_blocked(),
-          list_handlers(),
-          timer.it_value.tv_sec != 0 || timer.it_value.tv_usec != 0,
-          std::filesystem::current_path().string()};
+  Census census;
+  census.descriptors = list_descriptors();
+  census.children = list_children();
+  census.blocked = list_blocked();
+  census.handlers = list_handlers();
+  census.alarm = alarm_is_armed();
+  census.directory = std::filesystem::current_path().string();
+  census.umask = file_mode_mask();
+  return census;
 }
 
 std::string difference(const Census& before, const Census& after) {
   std::ostringstream out;
   compare("descriptor", before.descriptors, after.descriptors, out);
+  compare("child", before.children, after.children, out);
+  compare_blocked(before.blocked, after.blocked, out);
   compare("handler of signal", before.handlers, after.handlers, out);
-  if (before.children != after.children)
-    out << "children: " << before.children.size() << " before, " << after.children.size()
-        << " after\n";
-  if (before.blocked != after.blocked) out << "the set of blocked signals differs\n";
   if (before.alarm != after.alarm)
     out << "alarm " << (after.alarm ? "left armed" : "cancelled") << "\n";
   if (before.directory != after.directory)
     out << "working directory is " << after.directory << "\n";
+  if (before.umask != after.umask)
+    out << "file mode mask was " << before.umask << ", is " << after.umask << "\n";
   return out.str();
 }
 
