@@ -34,7 +34,8 @@ void DeviceTest::SetUp() {
 }
 
 void DeviceTest::TearDown() {
-  const std::string changed = difference(before_, take_census());
+  if (!before_) return;
+  const std::string changed = difference(*before_, take_census());
   EXPECT_EQ("", changed) << "the test left the process changed";
 }
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 
 #include "support/census.h"
@@ -16,7 +17,7 @@ class DeviceTest : public testing::Test {
   void TearDown() override;  // fails the test when the process is not as it was before it
 
  private:
-  Census before_;
+  std::optional<Census> before_;
 };
 
 // Whole files, for arranging and checking.

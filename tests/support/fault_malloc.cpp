@@ -3,10 +3,12 @@
 // reported.
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 #include "support/faults.h"
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef REAL_ALLOCATOR_IS_SANITIZER
 #define REAL(name) __interceptor_##name
 #else
 #define REAL(name) __libc_##name
@@ -33,4 +35,20 @@ void* realloc(void* block, size_t size) {
   return REAL(realloc)(block, size);
 }
 
+// A sanitizer's own strdup and strndup would not come here for their block.
+char* strndup(const char* text, size_t limit) {
+  const size_t length = strnlen(text, limit);
+  char* const copy = static_cast<char*>(malloc(length + 1));
+  if (!copy) return nullptr;
+  memcpy(copy, text, length);
+  copy[length] = '\0';
+  return copy;
+}
+
+char* strdup(const char* text) { return strndup(text, SIZE_MAX); }
+
 }  // extern "C"
+
+namespace fairlead_test {
+void use_malloc_stand_ins() {}
+}  // namespace fairlead_test

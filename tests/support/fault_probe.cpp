@@ -61,6 +61,7 @@ constexpr Probe kProbes[] = {
     {Call::kMalloc, "calloc", [] { return freed(calloc(1, 10)); }},
     {Call::kMalloc, "realloc", [] { return freed(realloc(nullptr, 10)); }},
     {Call::kMalloc, "strdup", [] { return freed(strdup(kFile)); }},
+    {Call::kMalloc, "strndup", [] { return freed(strndup(kFile, 3)); }},
     {Call::kOpen, "open", [] { return closed(open(kFile, O_RDONLY | O_CLOEXEC)); }},
     {Call::kOpen, "openat", [] { return closed(openat(AT_FDCWD, kFile, O_RDONLY | O_CLOEXEC)); }},
     {Call::kOpen, "creat", [] { return closed(creat("/tmp/created", 0600)); }},

@@ -10,6 +10,11 @@
 #include <cstdlib>
 
 namespace fairlead_test {
+
+// Where the allocator's stand-ins are. Without a reference the linker would leave them out where a
+// sanitizer's library offers malloc first.
+void use_malloc_stand_ins();
+
 namespace {
 
 constexpr int kCalls = static_cast<int>(Call::kAny) + 1;
@@ -61,6 +66,7 @@ Verdict judge(Call call) {
 }
 
 Fault::Fault(Call call, FaultPlan plan) : call_(call) {
+  use_malloc_stand_ins();
   Slot& slot = slot_of(call);
   if (slot.armed) {
     fprintf(stderr, "a fault is armed already for this kind of call\n");
