@@ -11,7 +11,15 @@ namespace {
 using fairlead_test::Ended;
 using fairlead_test::run_child;
 
-class SanitizerTest : public fairlead_test::DeviceTest {};
+class SanitizerTest : public fairlead_test::DeviceTest {
+ protected:
+  void SetUp() override {
+    DeviceTest::SetUp();
+#ifndef FAIRLEAD_SANITIZED
+    GTEST_SKIP() << "this build has no sanitizers";
+#endif
+  }
+};
 
 // Hides from the compiler what a test does wrong on purpose.
 template <class T>

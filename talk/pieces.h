@@ -1,0 +1,23 @@
+// What paths and parameter lists do alike: trimming a text in place and choosing a piece by index.
+#pragma once
+
+#include <cstring>
+
+namespace fairlead {
+
+// Ends the text after its last character that is not white space, and gives its first character
+// that is not a space.
+inline char* trim(char* text) {
+  char* end = text + strlen(text);
+  while (end > text && strchr(" \t\r\n", end[-1])) --end;
+  *end = '\0';
+  return text + strspn(text, " ");
+}
+
+// The slot of a 1-based index, -1 standing for `last`; -1 when there is no such piece.
+inline int slot_of(int index, int last, int count) {
+  const int chosen = index == -1 ? last : index;
+  return chosen >= 1 && chosen <= count ? chosen - 1 : -1;
+}
+
+}  // namespace fairlead
