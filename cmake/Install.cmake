@@ -12,5 +12,6 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/fairleadConfigVersion.cma
 install(FILES ${PROJECT_BINARY_DIR}/fairleadConfig.cmake ${PROJECT_BINARY_DIR}/fairleadConfigVersion.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/fairlead)
 
+file(RELATIVE_PATH FAIRLEAD_PREFIX_FROM_PC /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/fairlead.pc.in ${PROJECT_BINARY_DIR}/fairlead.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/fairlead.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -17,16 +17,14 @@ namespace {
 
 constexpr int kRestorer = 0x04000000;
 
-// Names in a folder of /proc that are numbers, but for the descriptor of the listing itself.
-std::set<int> numbers_in(const char* path) {
+// Names in a folder of /proc that are numbers; `own` is the descriptor of the listing itself.
+std::set<int> numbers_in(const char* path, int& own) {
   std::set<int> found;
   DIR* const folder = opendir(path);
   if (!folder) return found;
-  while (const dirent* entry = readdir(folder)) {
-    const int number = atoi(entry->d_name);
-    if (entry->d_name[0] >= '0' && entry->d_name[0] <= '9' && number != dirfd(folder))
-      found.insert(number);
-  }
+  own = dirfd(folder);
+  while (const dirent* entry = readdir(folder))
+    if (entry->d_name[0] >= '0' && entry->d_name[0] <= '9') found.insert(atoi(entry->d_name));
   closedir(folder);
   return found;
 }
@@ -37,7 +35,9 @@ bool is_default_value_store(const std::string& target) {
 
 std::map<int, std::string> list_descriptors() {
   std::map<int, std::string> found;
-  for (const int fd : numbers_in("/proc/self/fd")) {
+  int own = -1;
+  for (const int fd : numbers_in("/proc/self/fd", own)) {
+    if (fd == own) continue;
     char target[512];
     const std::string link = "/proc/self/fd/" + std::to_string(fd);
     const ssize_t length = readlink(link.c_str(), target, sizeof target);
@@ -52,7 +52,8 @@ std::map<int, std::string> list_descriptors() {
 // From the process list: a child that ended and was not reaped stands there too.
 std::map<int, std::string> list_children() {
   std::map<int, std::string> found;
-  for (const int pid : numbers_in("/proc")) {
+  int own = -1;
+  for (const int pid : numbers_in("/proc", own)) {
     std::string line;
     std::getline(std::ifstream("/proc/" + std::to_string(pid) + "/stat"), line);
     // "PID (NAME) STATE PARENT ...", where a name may hold blanks and braces.

@@ -1,0 +1,23 @@
+#!/bin/sh
+# install.sh CMAKE BUILD-FOLDER C-COMPILER C-FLAGS LIBRARY-ARCHITECTURE: installs the build and uses it from a project
+# of its own, found by CMake and by pkg-config.
+set -eu
+cmake=$1 build=$2 compiler=$3 flags=$4 architecture=$5
+consumer=$(dirname "$0")/consumer
+
+"$cmake" --install "$build" --prefix /tmp/installed >/tmp/install.log
+find /tmp/installed -type f | sort
+
+echo "found by CMake:"
+"$cmake" -G Ninja -S "$consumer" -B /tmp/by-cmake -DCMAKE_PREFIX_PATH=/tmp/installed -DCMAKE_C_COMPILER="$compiler" \
+  -DCMAKE_C_FLAGS="$flags" -DCMAKE_LIBRARY_ARCHITECTURE="$architecture" >/tmp/configure.log ||
+  { cat /tmp/configure.log; exit 1; }
+"$cmake" --build /tmp/by-cmake >/tmp/build.log || { cat /tmp/build.log; exit 1; }
+/tmp/by-cmake/consumer
+
+echo "found by pkg-config:"
+PKG_CONFIG_PATH=$(dirname "$(find /tmp/installed -name fairlead.pc)")
+export PKG_CONFIG_PATH
+[ "$(pkg-config --variable=includedir fairlead)" ] && [ "$(pkg-config --modversion fairlead)" ]
+"$compiler" $flags -std=c11 -o /tmp/by-pkg-config "$consumer/consumer.c" $(pkg-config --cflags --libs fairlead)
+LD_LIBRARY_PATH=$(pkg-config --variable=libdir fairlead) /tmp/by-pkg-config
