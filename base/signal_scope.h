@@ -22,10 +22,12 @@ class HandlerScope {
   }
   ~HandlerScope() {
     ErrnoKeeper keep;
-    sigaction(signal_number_, &former_, nullptr);
+    put_back();
   }
   HandlerScope(const HandlerScope&) = delete;
   HandlerScope& operator=(const HandlerScope&) = delete;
+
+  void put_back() const { sigaction(signal_number_, &former_, nullptr); }
 
  private:
   int signal_number_;
