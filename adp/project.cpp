@@ -1,0 +1,125 @@
+// The project tree: its projects, their adapters and configuration files, and paths inside it.
+#include "fairlead/adp/project.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdarg>
+#include <cstring>
+
+#include "adp/fixed_paths.h"
+#include "base/bounded_text.h"
+#include "base/directory.h"
+#include "base/result_buffer.h"
+#include "fairlead/talk/edit.h"
+#include "fairlead/talk/node.h"
+#include "talk/owned_talk.h"
+
+namespace {
+
+using namespace fairlead;
+
+using Listing = vessel_t* (*)(const char* project);
+
+// Where the name is cut: at the first extension that occurs anywhere in it, not only at its end. So
+// a file kept beside as wan.adp.old is listed as well; tools that look for leftovers rely on it.
+const char* find_extension(const char* name, const char* const* extensions) {
+  for (; *extensions; ++extensions)
+    if (const char* found = strstr(name, *extensions)) return found;
+  return nullptr;
+}
+
+vessel_t* list_project(const char* project, const char* const* extensions) {
+  PathText folder;
+  folder.add(kProjectRoot).add('/').add(project);
+  Directory directory(folder.text());
+  if (!directory) return nullptr;
+  OwnedTalk listing(VesselCreate());
+  if (!listing) return nullptr;
+
+  while (const char* name = directory.next_visible()) {
+    const char* end = find_extension(name, extensions);
+    if (!end) continue;
+    FixedText<2 * kPathSize> key;
+    key.add(project).add('/').add({name, static_cast<size_t>(end - name)});
+    FixedText<2 * kPathSize> file;
+    file.add(folder.text()).add('/').add(name);
+    VesselSetS(listing.get(), key.text(), file.text());
+  }
+  return listing.release();
+}
+
+vessel_t* list_all_projects(Listing list) {
+  OwnedTalk all(VesselCreate());
+  if (!all) return nullptr;
+  const OwnedTalk projects(ProjectList());
+  if (!projects) return all.release();
+  for (axp_t* project = VesselEach(projects.get(), nullptr); project;
+       project = VesselEach(projects.get(), project)) {
+    const OwnedTalk listing(list(AxpGet(project)));
+    if (listing) VesselModify(listing.get(), all.get());
+  }
+  return all.release();
+}
+
+}  // namespace
+
+extern "C" vessel_t* ProjectList(void) {
+  Directory directory(kProjectRoot);
+  if (!directory) return nullptr;
+  OwnedTalk projects(VesselCreate());
+  if (!projects) return nullptr;
+  while (const char* name = directory.next_visible()) {
+    FixedText<2 * kPathSize> path;
+    path.add(kProjectRoot).add('/').add(name);
+    VesselSetS(projects.get(), name, path.text());
+  }
+  return projects.release();
+}
+
+extern "C" char* ProjectPath(const char* project, char* buffer, int size) {
+  static char fallback[kPathSize];
+  if (!project) return nullptr;
+  const ResultBuffer result = choose_buffer(buffer, size, fallback);
+  return BoundedText(result.text, result.size).add(kProjectRoot).add('/').add(project).text();
+}
+
+extern "C" vessel_t* ProjectAdpList(const char* project) {
+  static constexpr const char* kExtensions[] = {kModuleExtension, kScriptExtension, nullptr};
+  return project ? list_project(project, kExtensions) : list_all_projects(ProjectAdpList);
+}
+
+extern "C" vessel_t* ProjectCfgList(const char* project) {
+  static constexpr const char* kExtensions[] = {kConfigExtension, nullptr};
+  return project ? list_project(project, kExtensions) : list_all_projects(ProjectCfgList);
+}
+
+extern "C" char* ProjectAdpPath(slash_t* path, char* buffer, int size) {
+  static char fallback[kPathSize];
+  const char* object = SlashString(path);
+  if (!object) return nullptr;
+  const ResultBuffer result = choose_buffer(buffer, size, fallback);
+  for (const char* extension : {kModuleExtension, kScriptExtension}) {
+    BoundedText file(result.text, result.size);
+    file.add(kProjectRoot).add('/').add(object).add(extension);
+    if (access(file.text(), F_OK) == 0) return result.text;
+  }
+  return nullptr;
+}
+
+extern "C" char* ProjectOscPath(char* buffer, int size, const char* project, const char* format,
+                                ...) {
+  static char fallback[kPathSize];
+  if (!project || !format) return nullptr;
+  const ResultBuffer result = choose_buffer(buffer, size, fallback);
+  BoundedText file(result.text, result.size);
+  file.add(kProjectRoot).add('/').add(project).add('/');
+  va_list arguments;
+  va_start(arguments, format);
+  file.vformat(format, arguments);
+  va_end(arguments);
+
+  struct stat status;
+  if (stat(file.text(), &status) != 0 || S_ISDIR(status.st_mode)) return nullptr;
+  return result.text;
+}

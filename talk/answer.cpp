@@ -1,0 +1,54 @@
+// Receiving and decoding a message.
+#include "talk/answer.h"
+
+#include <unistd.h>
+
+#include <cstring>
+
+#include "fairlead/talk/text.h"
+
+namespace fairlead {
+namespace {
+
+constexpr size_t kStep = 4096;
+constexpr char kDoneByte = 0x01;
+constexpr char kFailedByte = 0x02;
+
+bool is_around(char c) { return c == '\n' || c == '\r' || c == ' '; }
+
+}  // namespace
+
+AnswerBuffer::AnswerBuffer() : text_(static_cast<char*>(malloc(kStep))), capacity_(kStep) {}
+
+// By steps, which become larger with the message so that a long one is not copied at every step.
+bool AnswerBuffer::make_room() {
+  if (length_ < capacity_ - 1) return true;
+  const size_t steps = capacity_ / kStep;
+  const size_t grown = capacity_ + kStep * (1 + steps / 2);
+  auto* larger = static_cast<char*>(realloc(text_.get(), grown));
+  if (!larger) return false;
+  (void)text_.release();
+  text_.reset(larger);
+  capacity_ = grown;
+  return true;
+}
+
+ssize_t AnswerBuffer::receive(int fd) {
+  if (!make_room()) return -1;
+  const ssize_t received = read(fd, text_.get() + length_, capacity_ - length_ - 1);
+  if (received > 0) length_ += static_cast<size_t>(received);
+  return received;
+}
+
+talk_t* AnswerBuffer::decode() {
+  char* begin = text_.get();
+  char* end = begin + length_;
+  while (end > begin && (is_around(end[-1]) || end[-1] == '\0')) --end;
+  *end = '\0';
+  while (is_around(*begin)) ++begin;
+  if (*begin == kDoneByte) return TALK_DONE;
+  if (*begin == kFailedByte) return TALK_FAILED;
+  return StringTalk(begin);
+}
+
+}  // namespace fairlead

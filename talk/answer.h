@@ -1,0 +1,35 @@
+// A message that arrives on a descriptor: its growing buffer, its end and what it means.
+#pragma once
+
+#include <sys/types.h>
+
+#include "base/owned.h"
+#include "fairlead/talk/json.h"
+
+namespace fairlead {
+
+class AnswerBuffer {
+ public:
+  AnswerBuffer();
+
+  bool ready() const { return text_ != nullptr; }  // false: no memory for the buffer
+
+  // One read. What read returns; -1 also when memory runs out.
+  ssize_t receive(int fd);
+
+  // The last byte so far is a NUL: the sender has ended the message.
+  bool complete() const { return length_ > 0 && text_.get()[length_ - 1] == '\0'; }
+
+  // TALK_DONE, TALK_FAILED, a new document, or null with errno EINVAL for an empty or broken
+  // message.
+  talk_t* decode();
+
+ private:
+  bool make_room();
+
+  OwnedText text_;
+  size_t length_ = 0;
+  size_t capacity_;
+};
+
+}  // namespace fairlead

@@ -1,0 +1,48 @@
+// Documents as text in memory.
+#include "fairlead/talk/text.h"
+
+#include <cstring>
+
+#include "base/errno_keeper.h"
+#include "base/fail.h"
+#include "fairlead/talk/node.h"
+#include "talk/roles.h"
+
+namespace {
+
+using fairlead::fail;
+
+const char* skip_white_space(const char* text) { return text + strspn(text, " \t\n\r"); }
+
+vessel_t* parse_object(const char* text) {
+  json_t* root = nullptr;
+  return json_parse_document(&root, text) == JSON_DONE ? root : fail<vessel_t*>(EINVAL);
+}
+
+}  // namespace
+
+extern "C" vessel_t* StringVessel(const char* text) {
+  if (!text) return fail<vessel_t*>(EINVAL);
+  const char* begin = skip_white_space(text);
+  return *begin ? parse_object(begin) : fail<vessel_t*>(EINVAL);
+}
+
+extern "C" talk_t* StringTalk(const char* text) {
+  if (!text) return fail<talk_t*>(EINVAL);
+  const char* begin = skip_white_space(text);
+  if (!*begin) return fail<talk_t*>(EINVAL);
+  return *begin == '{' ? parse_object(begin) : StringRender(begin);
+}
+
+extern "C" char* VesselString(vessel_t* vessel) {
+  char* text = nullptr;
+  if (!fairlead::is_vessel(vessel) || json_tree_to_string(vessel, &text) != JSON_DONE)
+    return fail<char*>(EINVAL);
+  return text;
+}
+
+extern "C" char* TalkString(talk_t* talk) {
+  if (fairlead::is_vessel(talk)) return VesselString(talk);
+  const char* text = fairlead::name_of(talk);
+  return text ? strdup(text) : fail<char*>(EINVAL);
+}
