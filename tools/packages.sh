@@ -11,13 +11,15 @@ need_packages() {
   done
   [ ${#missing[@]} = 0 ] && return
   echo "installing: ${missing[*]}"
+  local log
+  log=$(mktemp)
   if ! { as_root apt-get update -qq &&
-         as_root env DEBIAN_FRONTEND=noninteractive apt-get install -qq -y --no-install-recommends "${missing[@]}"; } >/tmp/fairlead-apt.$$ 2>&1
+         as_root env DEBIAN_FRONTEND=noninteractive apt-get install -qq -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1
   then
-    tail -n 5 "/tmp/fairlead-apt.$$" >&2
-    rm -f "/tmp/fairlead-apt.$$"
+    tail -n 5 "$log" >&2
+    rm -f "$log"
     echo "$(basename "$0"): missing packages that could not be installed: ${missing[*]}" >&2
     exit 1
   fi
-  rm -f "/tmp/fairlead-apt.$$"
+  rm -f "$log"
 }
