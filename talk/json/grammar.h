@@ -76,17 +76,23 @@ inline json_error end_of_text(State state, bool in_token) {
 }
 
 // Tells the developer at the console where the document is wrong.
-inline json_error report_misplaced(const json_jpi_t* info) {
-  fprintf(stderr, "JSON: state %d: defaulted at line %zd\n", static_cast<int>(info->state),
+inline json_error report_misplaced(const json_jpi_t* info, State state) {
+  fprintf(stderr, "JSON: state %d: defaulted at line %zd\n", static_cast<int>(state),
           static_cast<ssize_t>(info->line));
   return JSON_SYNTAX;
 }
 
-inline json_error refuse(const json_jpi_t* info, JsonToken token) {
+inline json_error refuse(const json_jpi_t* info, State state, JsonToken token) {
   if (token == JsonToken::kNoMemory) return JSON_NO_MEMORY;
-  if (info->state == kComplete) return JSON_SYNTAX;
-  if (info->state == kLabel && token == JsonToken::kInvalid) return JSON_BAD_AFTER_COMMA;
-  return report_misplaced(info);
+  if (state == kComplete) return JSON_SYNTAX;
+  if (state == kLabel && token == JsonToken::kInvalid) return JSON_BAD_AFTER_COMMA;
+  return report_misplaced(info, state);
+}
+
+// The whole text gave JSON_NEED_MORE: it is cut short, or it is nothing but white space.
+inline json_error end_of_document(const json_jpi_t* info, bool empty) {
+  if (empty || info->state != kDocument || info->lexer != lex::kBetween) return JSON_NEED_MORE;
+  return report_misplaced(info, kDocument);
 }
 
 }  // namespace grammar
@@ -99,11 +105,10 @@ inline constexpr json_error kGoOn = json_error{};
 template <class Events>
 json_error read_document(json_jpi_t* info, JsonLexer& lexer, Events& events) {
   using grammar::Action;
-  while (true) {
-    const JsonToken token = lexer.next();
-    if (token == JsonToken::kEndOfText)
-      return grammar::end_of_text(static_cast<grammar::State>(info->state), lexer.in_token());
-    grammar::Step step = grammar::kTable[info->state][static_cast<size_t>(token)];
+  auto state = static_cast<grammar::State>(info->state);
+  JsonToken token = lexer.first();
+  while (token != JsonToken::kEndOfText) {
+    grammar::Step step = grammar::kTable[state][static_cast<size_t>(token)];
     json_error result = kGoOn;
     switch (step.action) {
       case Action::kMove:
@@ -121,11 +126,18 @@ json_error read_document(json_jpi_t* info, JsonLexer& lexer, Events& events) {
         result = events.close(step.next);
         break;
       case Action::kRefuse:
-        return grammar::refuse(info, token);
+        return grammar::refuse(info, state, token);
     }
     if (result != kGoOn) return result;
-    info->state = step.next;
+    state = step.next;
+    if (state == grammar::kColon && lexer.skip(':'))
+      state = grammar::kMemberValue;
+    else if (state == grammar::kMemberEnd && lexer.skip(','))
+      state = grammar::kLabel;
+    token = lexer.next();
   }
+  info->state = state;
+  return grammar::end_of_text(state, lexer.in_token());
 }
 
 }  // namespace fairlead

@@ -9,33 +9,77 @@
 
 namespace fairlead {
 
+// A token that was read the long way: what it is, its text, and where the next one starts.
+struct ScannedToken {
+  JsonToken token;
+  std::string_view text;
+  const char* next;
+};
+
+// Reads on from `state`, which the bytes before `at` led to, to the end of the token.
+ScannedToken scan_token(json_jpi_t* info, uint8_t state, const char* begin, const char* at);
+
+// Reads the rest of a token that the piece before has begun.
+ScannedToken resume_token(json_jpi_t* info, const char* text);
+
+// Saves what a piece has begun of a token; false when memory runs out.
+bool keep_begun_token(json_jpi_t* info, std::string_view text);
+void drop_kept_token(json_jpi_t* info);
+
 class JsonLexer {
  public:
   JsonLexer(json_jpi_t* info, const char* text) : info_(info), at_(text) {}
 
-  JsonToken next();
+  // Takes the token made of the byte `mark` if it follows at once: the usual case in compact text.
+  bool skip(char mark) {
+    if (*at_ != mark) return false;
+    ++at_;
+    return true;
+  }
 
-  // What the last string (without its quotes), number or literal token is made of; valid until the
-  // next call of next().
+  // The first token of a piece.
+  JsonToken first() { return in_token() ? take(resume_token(info_, at_)) : next(); }
+
+  JsonToken next() {
+    uint8_t kind = lex::class_of(*at_);
+    while (kind == lex::kSpace || kind == lex::kLineFeed) {
+      if (kind == lex::kLineFeed) ++info_->line;
+      kind = lex::class_of(*++at_);
+    }
+    if (kind == lex::kQuote) return string();
+    const uint8_t state = lex::kNext[lex::kBetween][kind];
+    if (state < lex::kStates) return take(scan_token(info_, state, at_, at_ + 1));
+    if (kind != lex::kEnd) ++at_;
+    return static_cast<JsonToken>(state - lex::kStates);
+  }
+
+  // What the last string (without its quotes), number or literal token is made of, or what the
+  // piece holds of a begun one.
   std::string_view text() const { return text_; }
 
   // At the end of a piece: a token has begun and is not complete.
   bool in_token() const { return info_->lexer != lex::kBetween; }
 
-  // Saves the begun token for the lexer of the next piece; false when memory runs out.
-  bool keep_begun_token();
-
  private:
-  JsonToken scan(uint8_t state, const char* begin, const char* at);
-  JsonToken finish(JsonToken token, uint8_t state, const char* begin, const char* end);
-  bool join_kept(std::string_view rest);
+  JsonToken string() {
+    const char* const begin = ++at_;
+    uint8_t kind = lex::class_of(*at_);
+    while (kind > lex::kLastSpecialInString) kind = lex::class_of(*++at_);
+    if (kind != lex::kQuote) return take(scan_token(info_, lex::kString, begin, at_));
+    text_ = {begin, static_cast<size_t>(at_ - begin)};
+    ++at_;
+    return JsonToken::kString;
+  }
+
+  JsonToken take(const ScannedToken& scanned) {
+    text_ = scanned.text;
+    at_ = scanned.next;
+    return scanned.token;
+  }
 
   json_jpi_t* info_;
   const char* at_;
   std::string_view text_;
 };
-
-// Frees what keep_begun_token saved.
-void drop_kept_token(json_jpi_t* info);
 
 }  // namespace fairlead

@@ -62,7 +62,7 @@ enum State : uint8_t {
 constexpr std::string_view kClasses[] = {
     {"\0", 1},   "\"", "\\", "\n", " \t\r", "{", "}",       "[", "]", ":", ",", "-", "+", ".", "0",
     "123456789", "a",  "b",  "e",  "E",     "f", "cdABCDF", "l", "n", "r", "s", "t", "u", "/"};
-constexpr uint8_t kEnd = 0, kLineFeed = 3, kSpace = 4;
+constexpr uint8_t kEnd = 0, kQuote = 1, kLineFeed = 3, kSpace = 4;
 constexpr uint8_t kLastSpecialInString = kLineFeed;
 constexpr uint8_t kOther = std::size(kClasses);
 constexpr size_t kClassCount = 32;  // a power of two, so that a row is found by a shift
@@ -86,61 +86,61 @@ constexpr uint8_t ends(JsonToken token) {
 
 struct Rule {
   State state;
-  std::string_view bytes;
   uint8_t next;
+  std::string_view bytes;
 };
 
 constexpr std::string_view kDigits = "0123456789", kDigitsButZero = "123456789";
 constexpr std::string_view kHexDigits = "0123456789abcdefABCDEF";
 
 constexpr Rule kRules[] = {
-    {kBetween, " \t\r\n", kBetween},
-    {kBetween, "{", ends(JsonToken::kObjectBegin)},
-    {kBetween, "}", ends(JsonToken::kObjectEnd)},
-    {kBetween, "[", ends(JsonToken::kArrayBegin)},
-    {kBetween, "]", ends(JsonToken::kArrayEnd)},
-    {kBetween, ":", ends(JsonToken::kColon)},
-    {kBetween, ",", ends(JsonToken::kComma)},
-    {kBetween, "\"", kString},
-    {kString, "\"", ends(JsonToken::kString)},
-    {kString, "\\", kEscape},
-    {kEscape, "\"\\/bfnrt", kString},
-    {kEscape, "u", kHex1},
-    {kHex1, kHexDigits, kHex2},
-    {kHex2, kHexDigits, kHex3},
-    {kHex3, kHexDigits, kHex4},
-    {kHex4, kHexDigits, kString},
-    {kBetween, "-", kMinus},
-    {kBetween, "0", kZero},
-    {kBetween, kDigitsButZero, kInteger},
-    {kMinus, "0", kZero},
-    {kMinus, kDigitsButZero, kInteger},
-    {kZero, kDigits, ends(JsonToken::kInvalid)},
-    {kZero, ".", kPoint},
-    {kZero, "eE", kExponent},
-    {kInteger, kDigits, kInteger},
-    {kInteger, ".", kPoint},
-    {kInteger, "eE", kExponent},
-    {kPoint, kDigits, kFraction},
-    {kFraction, kDigits, kFraction},
-    {kFraction, "eE", kExponent},
-    {kExponent, "+-", kExponentSign},
-    {kExponent, kDigits, kExponentDigits},
-    {kExponentSign, kDigits, kExponentDigits},
-    {kExponentDigits, kDigits, kExponentDigits},
-    {kBetween, "t", kT},
-    {kT, "r", kTr},
-    {kTr, "u", kTru},
-    {kTru, "e", ends(JsonToken::kTrue)},
-    {kBetween, "f", kF},
-    {kF, "a", kFa},
-    {kFa, "l", kFal},
-    {kFal, "s", kFals},
-    {kFals, "e", ends(JsonToken::kFalse)},
-    {kBetween, "n", kN},
-    {kN, "u", kNu},
-    {kNu, "l", kNul},
-    {kNul, "l", ends(JsonToken::kNull)},
+    {kBetween, kBetween, " \t\r\n"},
+    {kBetween, ends(JsonToken::kObjectBegin), "{"},
+    {kBetween, ends(JsonToken::kObjectEnd), "}"},
+    {kBetween, ends(JsonToken::kArrayBegin), "["},
+    {kBetween, ends(JsonToken::kArrayEnd), "]"},
+    {kBetween, ends(JsonToken::kColon), ":"},
+    {kBetween, ends(JsonToken::kComma), ","},
+    {kBetween, kString, "\""},
+    {kString, ends(JsonToken::kString), "\""},
+    {kString, kEscape, "\\"},
+    {kEscape, kString, "\"\\/bfnrt"},
+    {kEscape, kHex1, "u"},
+    {kHex1, kHex2, kHexDigits},
+    {kHex2, kHex3, kHexDigits},
+    {kHex3, kHex4, kHexDigits},
+    {kHex4, kString, kHexDigits},
+    {kBetween, kMinus, "-"},
+    {kBetween, kZero, "0"},
+    {kBetween, kInteger, kDigitsButZero},
+    {kMinus, kZero, "0"},
+    {kMinus, kInteger, kDigitsButZero},
+    {kZero, ends(JsonToken::kInvalid), kDigits},
+    {kZero, kPoint, "."},
+    {kZero, kExponent, "eE"},
+    {kInteger, kInteger, kDigits},
+    {kInteger, kPoint, "."},
+    {kInteger, kExponent, "eE"},
+    {kPoint, kFraction, kDigits},
+    {kFraction, kFraction, kDigits},
+    {kFraction, kExponent, "eE"},
+    {kExponent, kExponentSign, "+-"},
+    {kExponent, kExponentDigits, kDigits},
+    {kExponentSign, kExponentDigits, kDigits},
+    {kExponentDigits, kExponentDigits, kDigits},
+    {kBetween, kT, "t"},
+    {kT, kTr, "r"},
+    {kTr, kTru, "u"},
+    {kTru, ends(JsonToken::kTrue), "e"},
+    {kBetween, kF, "f"},
+    {kF, kFa, "a"},
+    {kFa, kFal, "l"},
+    {kFal, kFals, "s"},
+    {kFals, ends(JsonToken::kFalse), "e"},
+    {kBetween, kN, "n"},
+    {kN, kNu, "u"},
+    {kNu, kNul, "l"},
+    {kNul, ends(JsonToken::kNull), "l"},
 };
 
 // What a byte does that no rule names.

@@ -11,9 +11,8 @@
 namespace {
 
 using fairlead::fail;
+using fairlead::inline_text;
 using fairlead::OwnedText;
-
-char* inline_text(json_t* node) { return reinterpret_cast<char*>(node + 1); }
 
 void release(json_t* node) {
   if (node->text != inline_text(node)) free(node->text);
@@ -56,16 +55,6 @@ json_error check_insert(const json_t* parent, const json_t* child) {
 
 }  // namespace
 
-json_t* fairlead::new_text_node(uint32_t kind, std::string_view text) {
-  if (text.size() > SIZE_MAX - sizeof(json_t) - 1) return fail<json_t*>(ENOMEM);
-  auto* node = static_cast<json_t*>(malloc(sizeof(json_t) + text.size() + 1));
-  if (!node) return nullptr;
-  *node = {kind, inline_text(node), nullptr, nullptr, nullptr, nullptr, nullptr};
-  memcpy(node->text, text.data(), text.size());
-  node->text[text.size()] = '\0';
-  return node;
-}
-
 bool fairlead::set_node_text(json_t* node, std::string_view text) {
   const bool is_inline = node->text == inline_text(node);
   if (is_inline && text.size() <= strlen(node->text)) {
@@ -83,14 +72,7 @@ bool fairlead::set_node_text(json_t* node, std::string_view text) {
   return true;
 }
 
-extern "C" json_t* json_new_value(uint32_t kind) {
-  // One byte more where a text may be set later: no block of another text then starts right behind
-  // the record, where it would be taken for an inline one.
-  const size_t size = sizeof(json_t) + (kind <= JSON_NUMBER ? 1 : 0);
-  auto* node = static_cast<json_t*>(malloc(size));
-  if (node) *node = {kind, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
-  return node;
-}
+extern "C" json_t* json_new_value(uint32_t kind) { return fairlead::new_node(kind); }
 
 extern "C" json_t* json_new_string(const char* text) {
   NODE_ASSERT_GIVEN(text);

@@ -3,14 +3,37 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <string_view>
 
+#include "base/fail.h"
 #include "fairlead/talk/json.h"
 
 namespace fairlead {
 
+// A node with every link null; null when memory runs out.
+inline json_t* new_node(uint32_t kind) {
+  // One byte more where a text may be set later: no block of another text then starts right behind
+  // the record, where it would be taken for an inline one.
+  const size_t size = sizeof(json_t) + (kind <= JSON_NUMBER ? 1 : 0);
+  auto* node = static_cast<json_t*>(malloc(size));
+  if (node) *node = {kind, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+  return node;
+}
+
+inline char* inline_text(json_t* node) { return reinterpret_cast<char*>(node + 1); }
+
 // A node of kind JSON_STRING or JSON_NUMBER with a copy of `text`; null when memory runs out.
-json_t* new_text_node(uint32_t kind, std::string_view text);
+inline json_t* new_text_node(uint32_t kind, std::string_view text) {
+  if (text.size() > SIZE_MAX - sizeof(json_t) - 1) return fail<json_t*>(ENOMEM);
+  auto* node = static_cast<json_t*>(malloc(sizeof(json_t) + text.size() + 1));
+  if (!node) return nullptr;
+  *node = {kind, inline_text(node), nullptr, nullptr, nullptr, nullptr, nullptr};
+  memcpy(node->text, text.data(), text.size());
+  node->text[text.size()] = '\0';
+  return node;
+}
 
 // Gives a node a copy of `text`, which may be the node's present text or a part of it.
 // False when memory runs out: the old text stays.

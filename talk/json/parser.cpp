@@ -15,44 +15,47 @@ namespace grammar = fairlead::grammar;
 // `info->cursor` is what the next token belongs to: the open container, or a label without a value.
 class TreeBuilder {
  public:
-  explicit TreeBuilder(json_jpi_t* info) : info_(info) {}
+  explicit TreeBuilder(json_t* cursor) : cursor_(cursor) {}
 
   json_error open(uint32_t kind) {
-    json_t* node = json_new_value(kind);
+    json_t* node = fairlead::new_node(kind);
     if (!node) return JSON_NO_MEMORY;
-    if (info_->cursor) fairlead::link_last(info_->cursor, node);
-    info_->cursor = node;
+    if (cursor_) fairlead::link_last(cursor_, node);
+    cursor_ = node;
     return kGoOn;
   }
 
   json_error close(grammar::State& around) {
-    json_t* const parent = info_->cursor->parent;
+    json_t* const parent = cursor_->parent;
     around = grammar::kComplete;
     if (!parent) return kGoOn;
     const bool member = parent->type == JSON_STRING;
     around = member ? grammar::kMemberEnd : grammar::kElementEnd;
-    info_->cursor = member ? parent->parent : parent;
+    cursor_ = member ? parent->parent : parent;
     return kGoOn;
   }
 
   json_error label(std::string_view text) {
     json_t* node = fairlead::new_text_node(JSON_STRING, text);
     if (!node) return JSON_NO_MEMORY;
-    fairlead::link_last(info_->cursor, node);
-    info_->cursor = node;
+    fairlead::link_last(cursor_, node);
+    cursor_ = node;
     return kGoOn;
   }
 
   json_error value(uint32_t kind, std::string_view text) {
-    json_t* node = kind <= JSON_NUMBER ? fairlead::new_text_node(kind, text) : json_new_value(kind);
+    json_t* node =
+        kind <= JSON_NUMBER ? fairlead::new_text_node(kind, text) : fairlead::new_node(kind);
     if (!node) return JSON_NO_MEMORY;
-    fairlead::link_last(info_->cursor, node);
-    if (info_->cursor->type == JSON_STRING) info_->cursor = info_->cursor->parent;
+    fairlead::link_last(cursor_, node);
+    if (cursor_->type == JSON_STRING) cursor_ = cursor_->parent;
     return kGoOn;
   }
 
+  json_t* cursor() const { return cursor_; }
+
  private:
-  json_jpi_t* info_;
+  json_t* cursor_;
 };
 
 // Between two pieces the record was in the caller's hands.
@@ -79,10 +82,11 @@ void check_cursor(const json_jpi_t* info) {
 
 json_error read_piece(json_jpi_t* info, const char* text) {
   JsonLexer lexer(info, text);
-  TreeBuilder builder(info);
+  TreeBuilder builder(info->cursor);
   const json_error result = fairlead::read_document(info, lexer, builder);
-  if (result != JSON_NEED_MORE || lexer.keep_begun_token()) return result;
-  return JSON_NO_MEMORY;
+  info->cursor = builder.cursor();
+  if (result != JSON_NEED_MORE || !lexer.in_token()) return result;
+  return fairlead::keep_begun_token(info, lexer.text()) ? result : JSON_NO_MEMORY;
 }
 
 json_error end_of_pieces(json_jpi_t* info) {
@@ -101,9 +105,8 @@ void fairlead::abandon_parse(json_jpi_t* info) {
   *info = {nullptr, grammar::kFailed, lex::kBetween, info->line, {}};
 }
 
-json_error fairlead::end_unfinished(json_jpi_t* info, bool empty, json_error unfinished) {
-  const bool blank = !empty && info->state == grammar::kDocument && info->lexer == lex::kBetween;
-  const json_error result = blank ? grammar::report_misplaced(info) : unfinished;
+json_error fairlead::end_unfinished(json_jpi_t* info, bool empty) {
+  const json_error result = grammar::end_of_document(info, empty);
   abandon_parse(info);
   return result;
 }
@@ -115,8 +118,7 @@ extern "C" json_error json_parse_document(json_t** root, const char* text) {
   json_jpi_t info;
   json_jpi_init(&info);
   const json_error result = json_parse_fragment(&info, text);
-  if (result == JSON_NEED_MORE)
-    return fairlead::end_unfinished(&info, text[0] == '\0', JSON_NEED_MORE);
+  if (result == JSON_NEED_MORE) return fairlead::end_unfinished(&info, text[0] == '\0');
   if (result != JSON_DONE_AT_END) return result;
   *root = info.cursor;
   return JSON_DONE;

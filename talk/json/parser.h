@@ -9,7 +9,7 @@ namespace fairlead {
 void abandon_parse(json_jpi_t* info);
 
 // The end of a text that gave JSON_NEED_MORE: frees what was read. JSON_SYNTAX with its diagnostic
-// line when it was nothing but white space, else `unfinished`.
-json_error end_unfinished(json_jpi_t* info, bool empty, json_error unfinished);
+// line when the text was nothing but white space, else JSON_NEED_MORE.
+json_error end_unfinished(json_jpi_t* info, bool empty);
 
 }  // namespace fairlead

@@ -1,6 +1,7 @@
 // The serializer: a tree as one compact text.
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "base/owned.h"
 #include "talk/json/assertion.h"
@@ -15,48 +16,54 @@ class TextOutput {
   TextOutput() = default;
   TextOutput(const TextOutput&) = delete;
   TextOutput& operator=(const TextOutput&) = delete;
-  ~TextOutput() { fairlead::Freer()(text_.text); }
+  ~TextOutput() { fairlead::Freer()(begin_); }
 
   void put(char c) {
-    if (reserve(1)) raw(c);
+    if (reserve(1)) *at_++ = c;
   }
 
   void add(std::string_view text) {
-    if (reserve(text.size())) raw(text);
+    if (reserve(text.size())) copy(text);
   }
 
   void quoted(std::string_view text) {
     if (!reserve(text.size() + 2)) return;
-    raw('"');
-    raw(text);
-    raw('"');
+    *at_++ = '"';
+    copy(text);
+    *at_++ = '"';
   }
 
   // The finished text in a block of its size; null when memory has run out.
   char* take() {
     put('\0');
     if (failed_) return nullptr;
-    char* trimmed = static_cast<char*>(realloc(text_.text, text_.length));
-    char* result = trimmed ? trimmed : text_.text;
-    text_ = {};
-    return result;
+    char* const whole = std::exchange(begin_, nullptr);
+    char* trimmed = static_cast<char*>(realloc(whole, static_cast<size_t>(at_ - whole)));
+    return trimmed ? trimmed : whole;
   }
 
  private:
-  bool reserve(size_t size) {
-    if (size <= text_.capacity - text_.length) return true;
-    if (!failed_) failed_ = !fairlead::make_room(&text_, size);
+  // Always leaves a byte, so that there is a block even for an empty piece.
+  bool reserve(size_t size) { return size < static_cast<size_t>(end_ - at_) || grow(size + 1); }
+
+  bool grow(size_t more) {
+    if (failed_) return false;
+    // A copy, so that this object's members can live in registers.
+    json_buffer_t buffer{begin_, static_cast<size_t>(at_ - begin_),
+                         static_cast<size_t>(end_ - begin_)};
+    failed_ = !fairlead::make_room(&buffer, more);
+    begin_ = buffer.text;
+    at_ = begin_ + buffer.length;
+    end_ = begin_ + buffer.capacity;
     return !failed_;
   }
 
-  void raw(char c) { text_.text[text_.length++] = c; }
-
-  void raw(std::string_view text) {
-    memcpy(text_.text + text_.length, text.data(), text.size());
-    text_.length += text.size();
+  void copy(std::string_view text) {
+    memcpy(at_, text.data(), text.size());
+    at_ += text.size();
   }
 
-  json_buffer_t text_{};
+  char *begin_ = nullptr, *at_ = nullptr, *end_ = nullptr;
   bool failed_ = false;
 };
 

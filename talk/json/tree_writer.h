@@ -10,14 +10,15 @@ namespace fairlead {
 // What stands at a node before its children. `inner` is set to the first child that follows.
 template <class Output>
 json_error write_begin(const json_t* node, Output& output, const json_t*& inner) {
+  if (node->type == JSON_STRING) {
+    if (!node->text) return JSON_BAD_STRUCTURE;
+    output.quoted(node->text);
+    if (!is_label(node)) return JSON_DONE;
+    output.put(':');
+    inner = node->child;
+    return inner ? JSON_DONE : JSON_BAD_STRUCTURE;
+  }
   switch (node->type) {
-    case JSON_STRING:
-      if (!node->text) return JSON_BAD_STRUCTURE;
-      output.quoted(node->text);
-      if (!is_label(node)) return JSON_DONE;
-      output.put(':');
-      inner = node->child;
-      return inner ? JSON_DONE : JSON_BAD_STRUCTURE;
     case JSON_NUMBER:
       if (!node->text) return JSON_BAD_STRUCTURE;
       output.add(node->text);

@@ -60,6 +60,10 @@ TEST_F(JsonSerializeTest, tree_to_string_refuses_a_node_without_its_text) {
   }
 }
 
+TEST_F(JsonSerializeTest, tree_to_string_writes_an_empty_number_as_it_is) {
+  EXPECT_EQ("", text_of(Tree(json_new_number(""))));
+}
+
 TEST_F(JsonSerializeTest, tree_to_string_refuses_an_unknown_kind) {
   Tree unknown(json_new_value(7));
   EXPECT_EQ("<10>", text_of(unknown));
