@@ -43,7 +43,7 @@ class BoundedText {
     const int wanted = vsnprintf(buffer_ + length_, room, pattern, arguments);
     if (wanted < 0) {
       buffer_[length_] = '\0';
-      cut_ = true;
+      cut_ = failed_ = true;
     } else if (static_cast<size_t>(wanted) >= room) {
       length_ = size_ - 1;
       cut_ = true;
@@ -57,12 +57,14 @@ class BoundedText {
   const char* text() const { return buffer_; }
   size_t length() const { return length_; }
   bool cut() const { return cut_; }
+  bool failed() const { return failed_; }  // the formatter refused a pattern or an argument
 
  private:
   char* buffer_;
   size_t size_;
   size_t length_ = 0;
   bool cut_ = false;
+  bool failed_ = false;
 };
 
 template <size_t N>

@@ -1,11 +1,16 @@
 // The device nodes of a named flash partition.
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <optional>
+#include <string_view>
 
 #include "base/bounded_text.h"
+#include "base/errno_keeper.h"
 #include "base/fail.h"
 #include "fairlead/misc/files.h"
 
@@ -15,14 +20,29 @@ constexpr size_t kLineSize = 1024;
 constexpr size_t kNodeSize = 32;  // what the callers' buffers hold at least
 
 struct Closer {
-  void operator()(FILE* file) const { fclose(file); }
+  void operator()(FILE* file) const {
+    fairlead::ErrnoKeeper keep;
+    fclose(file);
+  }
 };
+
+// The number of a line that begins with "mtd", a number and a colon.
+std::optional<int> partition_number(std::string_view line) {
+  constexpr std::string_view kPrefix = "mtd";
+  if (line.rfind(kPrefix, 0) != 0) return {};
+  line.remove_prefix(kPrefix.size());
+  int number = -1;
+  const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), number);
+  if (error != std::errc() || number < 0 || end == line.data() + line.size() || *end != ':')
+    return {};
+  return number;
+}
 
 // Tries both places of a node; the path of the last one tried stays in `path`.
 bool find_node(const char* first, const char* second, int number, char* path) {
-  struct stat status;
-  for (const char* pattern : {first, second}) {
-    fairlead::BoundedText(path, kNodeSize).add(pattern).format("%d", number);
+  for (const char* prefix : {first, second}) {
+    fairlead::BoundedText(path, kNodeSize).add(prefix).format("%d", number);
+    struct stat status;
     if (stat(path, &status) == 0) return true;
   }
   return false;
@@ -38,11 +58,11 @@ extern "C" int proc_mtddevice(const char* name, char* character_path, char* bloc
   bool found = false;
   char line[kLineSize];
   while (fgets(line, sizeof line, table.get())) {
-    int number = 0, end = 0;
-    if (sscanf(line, "mtd%d:%n", &number, &end) != 1 || end == 0 || !strstr(line, name)) continue;
+    const std::optional<int> number = partition_number(line);
+    if (!number || !strstr(line, name)) continue;
     found = true;
-    if (character_path) found = find_node("/dev/mtd", "/dev/mtd/", number, character_path);
-    if (block_path && !find_node("/dev/mtdblock", "/dev/mtdblock/", number, block_path))
+    if (character_path) found = find_node("/dev/mtd", "/dev/mtd/", *number, character_path);
+    if (block_path && !find_node("/dev/mtdblock", "/dev/mtdblock/", *number, block_path))
       found = false;
   }
   return found ? 1 : 0;

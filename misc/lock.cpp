@@ -4,14 +4,17 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdint>
 
+#include "base/alarm_scope.h"
+#include "base/fail.h"
 #include "base/signal_scope.h"
 #include "fairlead/misc/process.h"
 
 namespace {
 
+using fairlead::AlarmPause;
 using fairlead::AlarmScope;
+using fairlead::fail;
 using fairlead::HandlerScope;
 using fairlead::MaskScope;
 
@@ -26,22 +29,16 @@ struct flock describe(int type, int start, int whence, int length) {
 
 bool held_elsewhere() { return errno == EAGAIN || errno == EACCES; }
 
-int busy() {
-  errno = EBUSY;
-  return 0;
-}
-
+// Whatever ends the wait, an interrupting handler of the caller's included, is told as EBUSY.
 int wait_for_lock(int fd, struct flock& lock) {
-  return fcntl(fd, F_SETLKW, &lock) == 0 ? 1 : busy();
+  return fcntl(fd, F_SETLKW, &lock) == 0 ? 1 : fail<int>(EBUSY);
 }
 
 int wait_bounded(int fd, struct flock& lock, int seconds) {
+  AlarmPause caller_alarm;
   HandlerScope handler(SIGALRM, signal_handler);
   MaskScope mask;
-  sigset_t alarm_signal;
-  sigemptyset(&alarm_signal);
-  sigaddset(&alarm_signal, SIGALRM);
-  sigprocmask(SIG_UNBLOCK, &alarm_signal, nullptr);
+  mask.let_through({SIGALRM});
   AlarmScope alarm(seconds);
   return wait_for_lock(fd, lock);
 }
@@ -60,15 +57,15 @@ extern "C" int lockfd_set(int fd, int type, int start, int whence, int length, i
   // wait for.
   if (fcntl(fd, F_SETLK, &lock) == 0) return 1;
   if (seconds == 0) return 0;
-  if (!held_elsewhere()) return busy();
+  if (!held_elsewhere()) return fail<int>(EBUSY);
   return seconds < 0 ? wait_for_lock(fd, lock) : wait_bounded(fd, lock, seconds);
 }
 
-extern "C" int lockfd_free(int fd, int type, int start, int whence, int length) {
-  const struct flock lock = describe(type, start, whence, length);
-  // The description goes to the operation for descriptor flags, which takes its address for a
-  // number: no lock is released, and the flag is its lowest bit, 0 for an aligned record. Kept:
-  // services rely on the lock that stays.
-  const int flags = static_cast<int>(reinterpret_cast<uintptr_t>(&lock) & FD_CLOEXEC);
-  return fcntl(fd, F_SETFD, flags) == 0 ? 1 : 0;
+extern "C" int lockfd_free(int fd, int, int, int, int) {
+  // A wart kept on purpose: the lock description goes to the operation for descriptor flags, which
+  // takes its address for the flags. So no lock is released, and close-on-exec becomes the lowest
+  // bit of the address. Daemons rely on the lock that stays.
+  constexpr int kLowestAddressBit = 0;
+  static_assert(alignof(struct flock) > 1);
+  return fcntl(fd, F_SETFD, kLowestAddressBit) == 0 ? 1 : 0;
 }

@@ -1,5 +1,6 @@
-// Opening a file and locking it in one step, and the modes of descriptors.
+// A file opened and locked in one step.
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 
@@ -14,13 +15,6 @@ using fairlead::fail;
 
 constexpr int kWriteLock = 1;
 constexpr int kReadLock = 0;
-
-int change_status_flags(int fd, int set, int cleared) {
-  if (fd < 0) return fail<int>(EINVAL);
-  const int flags = fcntl(fd, F_GETFL);
-  if (flags < 0) return 0;
-  return fcntl(fd, F_SETFL, (flags | set) & ~cleared) == 0 ? 1 : 0;
-}
 
 }  // namespace
 
@@ -40,7 +34,3 @@ extern "C" int lock_close(int fd) {
   if (!freed) errno = free_error;
   return 0;
 }
-
-extern "C" int fd_nonblock(int fd) { return change_status_flags(fd, O_NONBLOCK, 0); }
-
-extern "C" int fd_block(int fd) { return change_status_flags(fd, 0, O_NONBLOCK); }

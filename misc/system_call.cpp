@@ -4,22 +4,25 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstring>
 #include <optional>
 
-#include "base/bounded_text.h"
+#include "base/alarm_scope.h"
 #include "base/fail.h"
 #include "fairlead/misc/process.h"
-#include "misc/command_scope.h"
+#include "misc/command.h"
 
 namespace {
 
+using fairlead::AlarmPause;
 using fairlead::AlarmScope;
 using fairlead::CommandSignals;
+using fairlead::CommandText;
 using fairlead::HandlerScope;
 
-constexpr size_t kCommandSize = 4096;
+constexpr const char* kBlanks = " \t";
 constexpr size_t kProgramSize = 256;
 constexpr int kMaxWords = 20;
 constexpr int kCannotRun = 127;
@@ -33,10 +36,10 @@ void note_alarm(int) { timed_out = 1; }
 struct Words {
   explicit Words(char* command) {
     char* rest = nullptr;
-    for (char* word = strtok_r(command, " ", &rest); word && count < kMaxWords;
-         word = strtok_r(nullptr, " ", &rest))
+    for (char* word = strtok_r(command, kBlanks, &rest); word && count < kMaxWords;
+         word = strtok_r(nullptr, kBlanks, &rest))
       vector[count++] = word;
-    program.add(count > 0 ? vector[0] : "");
+    if (count > 0) program.add(vector[0]);
   }
 
   char* vector[kMaxWords + 1] = {};
@@ -44,24 +47,36 @@ struct Words {
   fairlead::FixedText<kProgramSize> program;
 };
 
-// Only calls that are safe beside the parent's memory, which a child made by vfork shares.
-[[noreturn]] void become(Words& words, const CommandSignals& signals, int quiet) {
-  signals.put_back_in_child();
-  if (quiet) {
-    const int null = open("/dev/null", O_RDWR);
-    if (null >= 0) {
-      dup2(null, STDIN_FILENO);
-      dup2(null, STDOUT_FILENO);
-      dup2(null, STDERR_FILENO);
-      if (null > STDERR_FILENO) close(null);
-    }
+// As exec will do a moment later. Until then a handler would run in the parent's memory.
+void drop_handlers() {
+  for (int number = 1; number < NSIG; ++number) {
+    struct sigaction action;
+    if (sigaction(number, nullptr, &action) != 0) continue;
+    if (action.sa_handler == SIG_DFL || action.sa_handler == SIG_IGN) continue;
+    action = {};
+    action.sa_handler = SIG_DFL;
+    sigaction(number, &action, nullptr);
   }
+}
+
+void silence() {
+  const int null = open("/dev/null", O_RDWR);
+  if (null < 0) return;
+  for (int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(null, standard);
+  if (null > STDERR_FILENO) close(null);
+}
+
+// Only calls that are safe beside the parent's memory, which a child made by vfork shares.
+[[noreturn]] void become(const Words& words, const CommandSignals& signals, int quiet) {
+  signals.put_back_handlers();
+  drop_handlers();
+  signals.mask().put_back();
+  if (quiet) silence();
   if (words.count > 0) execvp(words.program.text(), words.vector);
   _exit(kCannotRun);
 }
 
-// Waits for the child's end. The status, or 0 when the wait failed; `error` becomes the call's
-// errno.
+// The wait status, or 0 when the wait failed; `error` becomes the errno of the whole call.
 int wait_for(pid_t child, int& error) {
   int status = 0;
   error = 0;
@@ -79,11 +94,13 @@ int wait_for(pid_t child, int& error) {
   return status;
 }
 
-int wait_bounded(pid_t child, int seconds, int& error) {
-  timed_out = 0;
-  if (seconds <= 0) return wait_for(child, error);
-  HandlerScope handler(SIGALRM, note_alarm);
-  AlarmScope alarm(seconds);
+int wait_bounded(pid_t child, int seconds, const CommandSignals& signals, int& error) {
+  std::optional<HandlerScope> handler;
+  std::optional<AlarmScope> alarm;
+  if (seconds > 0) handler.emplace(SIGALRM, note_alarm);
+  signals.mask().let_through({SIGQUIT, SIGINT, SIGCHLD, SIGALRM});
+  timed_out = 0;  // not before: an alarm that was blocked until now is none of ours
+  if (seconds > 0) alarm.emplace(seconds);
   return wait_for(child, error);
 }
 
@@ -91,21 +108,24 @@ int wait_bounded(pid_t child, int seconds, int& error) {
 
 extern "C" int system_call(int seconds, int quiet, const char* format, ...) {
   if (!format || !*format) return fairlead::fail(EINVAL, -1);
-  char command[kCommandSize];
+  CommandText command;
   va_list arguments;
   va_start(arguments, format);
-  const int length = vsnprintf(command, sizeof command, format, arguments);
+  command.vformat(format, arguments);
   va_end(arguments);
-  if (length < 0) return -1;
+  if (command.failed()) return -1;
 
-  Words words(command);
-  const CommandSignals signals({SIGQUIT, SIGINT, SIGCHLD, SIGALRM});
+  const Words words(command.text());
+  std::optional<AlarmPause> caller_alarm;
+  if (seconds > 0) caller_alarm.emplace();
+  const CommandSignals signals;
+  signals.mask().block_all();  // no handler of the caller's may run in the child
   const pid_t child = vfork();
   if (child < 0) return -1;
   if (child == 0) become(words, signals, quiet);
 
   int error = 0;
-  const int status = wait_bounded(child, seconds, error);
+  const int status = wait_bounded(child, seconds, signals, error);
   errno = error;
   return WIFSIGNALED(status) ? -1 : WEXITSTATUS(status);
 }

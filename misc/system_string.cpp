@@ -3,26 +3,20 @@
 #include <cstdarg>
 #include <cstdlib>
 
-#include "base/bounded_text.h"
 #include "base/fail.h"
 #include "fairlead/misc/process.h"
-#include "misc/command_scope.h"
-
-namespace {
-
-constexpr size_t kCommandSize = 4096;
-
-}  // namespace
+#include "misc/command.h"
 
 extern "C" int system_string(const char* format, ...) {
   if (!format || !*format) return fairlead::fail(EINVAL, -1);
-  char command[kCommandSize];
+  fairlead::CommandText command;
   va_list arguments;
   va_start(arguments, format);
-  const int length = vsnprintf(command, sizeof command, format, arguments);
+  command.vformat(format, arguments);
   va_end(arguments);
-  if (length < 0) return -1;
+  if (command.failed()) return -1;
 
-  const fairlead::CommandSignals signals({SIGQUIT, SIGINT, SIGCHLD});
-  return system(command);
+  const fairlead::CommandSignals signals;
+  signals.mask().let_through({SIGQUIT, SIGINT, SIGCHLD});
+  return system(command.text());
 }

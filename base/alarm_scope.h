@@ -1,0 +1,76 @@
+// The alarm of a timed wait, and the caller's own one, which stands back meanwhile.
+#pragma once
+
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdint>
+#include <ctime>
+
+#include "base/errno_keeper.h"
+
+namespace fairlead {
+
+// Takes the caller's timer off and puts it back with what remains. Made before handler and mask
+// change and undone after them, so that the caller's alarm never meets a handler of ours.
+class AlarmPause {
+ public:
+  AlarmPause() {
+    const itimerval off = {};
+    setitimer(ITIMER_REAL, &off, &former_);
+    clock_gettime(CLOCK_MONOTONIC, &begin_);
+    sigset_t pending;
+    sigpending(&pending);
+    pending_ = sigismember(&pending, SIGALRM) == 1;
+  }
+  ~AlarmPause() {
+    ErrnoKeeper keep;
+    if (pending_) kill(getpid(), SIGALRM);  // a wait that opened the mask has swallowed it
+    if (!armed()) return;
+    former_.it_value = remaining();
+    setitimer(ITIMER_REAL, &former_, nullptr);
+  }
+  AlarmPause(const AlarmPause&) = delete;
+  AlarmPause& operator=(const AlarmPause&) = delete;
+
+ private:
+  bool armed() const { return former_.it_value.tv_sec != 0 || former_.it_value.tv_usec != 0; }
+
+  // At least a microsecond: a timer that ran out meanwhile fires at once, it is not lost.
+  timeval remaining() const {
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    const int64_t passed =
+        (now.tv_sec - begin_.tv_sec) * 1000000LL + (now.tv_nsec - begin_.tv_nsec) / 1000;
+    const int64_t rest = former_.it_value.tv_sec * 1000000LL + former_.it_value.tv_usec - passed;
+    if (rest <= 0) return {0, 1};
+    return {static_cast<time_t>(rest / 1000000), static_cast<suseconds_t>(rest % 1000000)};
+  }
+
+  timespec begin_;
+  itimerval former_;
+  bool pending_;
+};
+
+// SIGALRM after `seconds`, at least 1, and again every 20 milliseconds until the end: the first
+// one, when it comes just before the blocking call, would interrupt nothing.
+class AlarmScope {
+ public:
+  explicit AlarmScope(int seconds) {
+    const itimerval timer = {{0, kRepeatMicroseconds}, {seconds, 0}};
+    setitimer(ITIMER_REAL, &timer, nullptr);
+  }
+  ~AlarmScope() {
+    ErrnoKeeper keep;
+    const itimerval off = {};
+    setitimer(ITIMER_REAL, &off, nullptr);
+  }
+  AlarmScope(const AlarmScope&) = delete;
+  AlarmScope& operator=(const AlarmScope&) = delete;
+
+ private:
+  static constexpr suseconds_t kRepeatMicroseconds = 20000;
+};
+
+}  // namespace fairlead

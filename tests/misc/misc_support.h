@@ -1,0 +1,165 @@
+// Other processes that hold locks, and the signal state of this one.
+#pragma once
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <fstream>
+#include <initializer_list>
+#include <optional>
+#include <string>
+
+#include "support/child.h"
+#include "support/device_test.h"
+
+namespace misc_test {
+
+inline bool take_lock(int fd, short type) {
+  struct flock lock = {};
+  lock.l_type = type;
+  return fcntl(fd, F_SETLK, &lock) == 0;
+}
+
+// Another process that holds a lock on a whole file until it is told to leave.
+class Holder {
+ public:
+  explicit Holder(const std::string& path, short type = F_WRLCK)
+      : child_([this, path, type] {
+          const int fd = open(path.c_str(), O_RDWR | O_CLOEXEC);
+          EXPECT_TRUE(take_lock(fd, type)) << path;
+          held_.open();
+          leave_.wait(60000);
+          return 0;
+        }) {
+    EXPECT_TRUE(held_.wait());
+  }
+
+  pid_t pid() const { return child_.pid(); }
+  void leave() { leave_.open(); }
+
+ private:
+  fairlead_test::Gate held_, leave_;
+  fairlead_test::Child child_;
+};
+
+// Whether another process could lock the file now.
+inline bool lockable_elsewhere(const std::string& path, short type = F_WRLCK) {
+  const auto ended = fairlead_test::run_child([&] {
+    const int fd = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    return take_lock(fd, type) ? 0 : 1;
+  });
+  return ended.status == 0;
+}
+
+// Returns when the process waits for a record lock, which the kernel tells by a line such as
+// "1: -> POSIX  ADVISORY  WRITE 17 ...".
+inline bool wait_until_blocked(pid_t pid) {
+  const std::string owner = " " + std::to_string(pid) + " ";
+  for (int round = 0; round < 20000; ++round) {
+    std::ifstream locks("/proc/locks");
+    for (std::string line; std::getline(locks, line);)
+      if (line.find("->") != std::string::npos && line.find(owner) != std::string::npos)
+        return true;
+    usleep(1000);
+  }
+  return false;
+}
+
+class Stopwatch {
+ public:
+  double seconds() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin_).count();
+  }
+
+ private:
+  std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+};
+
+// A handler of the caller's with everything a caller can ask for; the former one comes back.
+class CallersHandler {
+ public:
+  explicit CallersHandler(int number, int flags = SA_SIGINFO | SA_RESTART) : number_(number) {
+    calls = 0;
+    action_.sa_sigaction = [](int, siginfo_t*, void*) { calls = calls + 1; };
+    action_.sa_flags = flags;
+    sigaddset(&action_.sa_mask, SIGUSR2);
+    sigaction(number_, &action_, &former_);
+  }
+  ~CallersHandler() { sigaction(number_, &former_, nullptr); }
+  CallersHandler(const CallersHandler&) = delete;
+  CallersHandler& operator=(const CallersHandler&) = delete;
+
+  bool in_force() const {
+    struct sigaction now = {};
+    sigaction(number_, nullptr, &now);
+    constexpr int kAsked = SA_SIGINFO | SA_RESTART | SA_NODEFER | SA_RESETHAND | SA_NOCLDSTOP;
+    return now.sa_sigaction == action_.sa_sigaction &&
+           (now.sa_flags & kAsked) == (action_.sa_flags & kAsked) &&
+           sigismember(&now.sa_mask, SIGUSR2) == 1 && sigismember(&now.sa_mask, SIGUSR1) == 0;
+  }
+
+  static inline volatile sig_atomic_t calls = 0;
+
+ private:
+  int number_;
+  struct sigaction action_ = {};
+  struct sigaction former_ = {};
+};
+
+// Blocks signals until the end of the block.
+class Blocked {
+ public:
+  explicit Blocked(std::initializer_list<int> numbers) {
+    sigset_t set;
+    sigemptyset(&set);
+    for (int number : numbers) sigaddset(&set, number);
+    sigprocmask(SIG_BLOCK, &set, &former_);
+  }
+  ~Blocked() { sigprocmask(SIG_SETMASK, &former_, nullptr); }
+  Blocked(const Blocked&) = delete;
+  Blocked& operator=(const Blocked&) = delete;
+
+ private:
+  sigset_t former_;
+};
+
+inline bool blocked_now(int number) {
+  sigset_t set;
+  sigprocmask(SIG_SETMASK, nullptr, &set);
+  return sigismember(&set, number) == 1;
+}
+
+inline bool pending_now(int number) {
+  sigset_t set;
+  sigpending(&set);
+  return sigismember(&set, number) == 1;
+}
+
+// The caller's own alarm, off at the end of the block.
+class CallersAlarm {
+ public:
+  explicit CallersAlarm(itimerval timer) { setitimer(ITIMER_REAL, &timer, nullptr); }
+  ~CallersAlarm() {
+    const itimerval off = {};
+    setitimer(ITIMER_REAL, &off, nullptr);
+  }
+  CallersAlarm(const CallersAlarm&) = delete;
+  CallersAlarm& operator=(const CallersAlarm&) = delete;
+
+  static itimerval left() {
+    itimerval timer = {};
+    getitimer(ITIMER_REAL, &timer);
+    return timer;
+  }
+};
+
+inline bool becomes(const volatile sig_atomic_t& value, int wanted) {
+  for (int round = 0; round < 20000 && value != wanted; ++round) usleep(1000);
+  return value == wanted;
+}
+
+}  // namespace misc_test
