@@ -1,195 +1,168 @@
-// Opening a store: made by the first process that asks, mapped by all.
+// Opening a store: the first process that asks makes the file, all map it.
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
+#include <ctime>
 
 #include "base/bounded_text.h"
 #include "base/descriptor.h"
 #include "base/fail.h"
+#include "base/mapping.h"
 #include "base/owned.h"
 #include "base/percent.h"
 #include "fairlead/adp/project.h"
 #include "fairlead/misc/files.h"
-#include "state/value_store.h"
+#include "state/gvalue_store.h"
+#include "state/gvalue_view.h"
 
 namespace {
 
-using namespace fairlead;
+using fairlead::fail;
+using fairlead::FileLock;
+using fairlead::kPathSize;
+using fairlead::OpenStore;
+using fairlead::StoreHeader;
 
-constexpr int kDefaultCapacity = 100;
-constexpr int kBytesPerRecord = 256;
+constexpr uint64_t kDefaultCapacity = 100;
+constexpr uint64_t kBytesPerRecord = 256;
 constexpr mode_t kDefaultMode = 0660;
-constexpr int kLooks = 100;  // at an empty file whose creator may be about to fill it
-constexpr useconds_t kLookPause = 1000;
-
-// A whole-file lock until the end of the block.
-class FileLock {
- public:
-  explicit FileLock(int fd) : fd_(fd), held_(flock(fd, LOCK_EX) == 0) {}
-  ~FileLock() {
-    ErrnoKeeper keep;
-    if (held_) flock(fd_, LOCK_UN);
-  }
-  FileLock(const FileLock&) = delete;
-  FileLock& operator=(const FileLock&) = delete;
-  explicit operator bool() const { return held_; }
-
- private:
-  int fd_;
-  bool held_;
-};
+constexpr uint64_t kLargestFile = INT32_MAX;  // value offsets and sizes are 32-bit numbers
+constexpr int kAttempts = 8;  // each is lost to another process that removed the file
+constexpr int kLooks = 20;    // at an empty file, before its maker counts as dead
+constexpr timespec kLookPause = {0, 1000000};
 
 struct Geometry {
   uint64_t capacity;
   uint64_t data_size;
 
-  uint64_t data_offset() const { return sizeof(StoreHeader) + capacity * sizeof(StoreRecord); }
-  uint64_t file_size() const { return data_offset() + data_size; }
+  Geometry(int wanted_capacity, int wanted_size)
+      : capacity(wanted_capacity < 1 ? kDefaultCapacity : static_cast<uint64_t>(wanted_capacity)),
+        data_size(wanted_size < 1 ? capacity * kBytesPerRecord
+                                  : static_cast<uint64_t>(wanted_size)) {}
+
+  uint64_t file_size() const { return fairlead::data_offset_of(capacity) + data_size; }
 };
 
-Geometry geometry_of(int capacity, int data_size) {
-  const uint64_t records = capacity < 1 ? kDefaultCapacity : static_cast<uint64_t>(capacity);
-  return {records, data_size < 1 ? records * kBytesPerRecord : static_cast<uint64_t>(data_size)};
-}
+enum class Outcome {
+  kReady,
+  kFailed,    // errno is set
+  kEmpty,     // still without content
+  kBroken,    // no store this library made
+  kVanished,  // removed by another process meanwhile
+};
 
-// The store file while it is being opened. Unless the handle is handed out, the file is removed,
-// whoever made it: the next process to ask makes a fresh one.
-class Opening {
+// One attempt at the store file. Unless its handle is handed out, the file is removed, whoever made
+// it: that is the recovery, the next process to ask makes a fresh one.
+class Attempt {
  public:
-  explicit Opening(const char* path) : path_(path) {}
-  ~Opening() {
-    ErrnoKeeper keep;
-    if (address_ != MAP_FAILED) munmap(address_, size_);
-    if (file_ && still_in_place()) unlink(path_);
-  }
-  Opening(const Opening&) = delete;
-  Opening& operator=(const Opening&) = delete;
+  explicit Attempt(const char* path) : path_(path) {}
+  ~Attempt() { remove(); }
+  Attempt(const Attempt&) = delete;
+  Attempt& operator=(const Attempt&) = delete;
 
-  gvalue_t* open(const Geometry& geometry, mode_t mode) {
-    for (;;) {
-      file_.reset(sm_open(path_, O_RDWR | O_CREAT | O_EXCL, mode));
-      if (file_) {
-        const int filled = fill(geometry);
-        if (filled < 0) return nullptr;
-        if (filled > 0) return hand_out();
-        file_.reset();  // removed as broken before it was locked: once more
-        continue;
-      }
-      if (errno != EEXIST) return nullptr;
-      if (open_existing()) break;
-      if (errno != ENOENT) return nullptr;  // else removed in between: once more
-    }
-    return map(writable_) && check() ? hand_out() : nullptr;
-  }
-
- private:
-  // 1: mapped and ready; 0: the file is no longer in its place; -1: failed.
-  int fill(const Geometry& geometry) {
-    FileLock lock(file_.get());
-    struct stat status;
-    if (!lock || fstat(file_.get(), &status) != 0) return -1;
-    if (status.st_nlink == 0) return 0;
-    if (status.st_size != 0) return map(true) && check() ? 1 : -1;
-    if (geometry.file_size() > UINT32_MAX) return fail(ENOMEM, -1);
-    if (!reserve(static_cast<off_t>(geometry.file_size())) || !map(true)) return -1;
-    *static_cast<StoreHeader*>(address_) = {kStoreMagic,
-                                            static_cast<uint32_t>(geometry.capacity),
-                                            sizeof(StoreHeader),
-                                            0,
-                                            static_cast<uint32_t>(geometry.data_size),
-                                            static_cast<uint32_t>(geometry.data_offset()),
-                                            0};
-    return 1;
-  }
-
-  // With its blocks: a full file system must show here, not as a SIGBUS at some later write to the
-  // mapping.
-  bool reserve(off_t size) const {
-    const int error = posix_fallocate(file_.get(), 0, size);
-    if (error == 0) return true;
-    if (error != EOPNOTSUPP && error != EINVAL) return fail<bool>(error);
-    return ftruncate(file_.get(), size) == 0;
-  }
-
-  // Another process may have put a fresh store in the place of a broken one.
-  bool still_in_place() const {
-    struct stat own, named;
-    return fstat(file_.get(), &own) == 0 && stat(path_, &named) == 0 &&
-           own.st_dev == named.st_dev && own.st_ino == named.st_ino;
-  }
-
-  // Never blocks: what is no regular file, such as a FIFO, is broken.
-  bool open_existing() {
-    file_.reset(sm_open(path_, O_RDWR | O_NONBLOCK, 0));
-    writable_ = static_cast<bool>(file_);
-    if (!file_ && errno != ENOENT) file_.reset(sm_open(path_, O_RDONLY | O_NONBLOCK, 0));
-    return static_cast<bool>(file_);
-  }
-
-  // The size of a file that was empty at first sight; perhaps its creator is just filling it.
-  bool settled_size(off_t& size) const {
-    for (int look = 0; look < kLooks; ++look) {
-      struct stat status;
-      {
-        FileLock lock(file_.get());
-        if (!lock || fstat(file_.get(), &status) != 0) return false;
-      }
-      size = status.st_size;
-      if (size != 0 || !S_ISREG(status.st_mode)) break;
-      usleep(kLookPause);
-    }
-    return true;
-  }
-
-  bool map(bool writable) {
-    struct stat status;
-    if (fstat(file_.get(), &status) != 0) return false;
-    off_t size = status.st_size;
-    if (size == 0 && !settled_size(size)) return false;
-    if (size < static_cast<off_t>(sizeof(StoreHeader)) || size > static_cast<off_t>(UINT32_MAX))
-      return fail<bool>(ENOENT);
-    size_ = static_cast<size_t>(size);
-    address_ =
-        mmap(nullptr, size_, PROT_READ | (writable ? PROT_WRITE : 0), MAP_SHARED, file_.get(), 0);
-    return address_ != MAP_FAILED;
-  }
-
-  // A store whose own numbers contradict each other or the file counts as missing, like one without
-  // the magic.
-  bool check() const {
-    const StoreHeader header = *static_cast<const StoreHeader*>(address_);
-    const Geometry geometry = {header.capacity, header.data_size};
-    const bool consistent =
-        header.magic == kStoreMagic && header.table_offset == sizeof(StoreHeader) &&
-        header.data_offset == geometry.data_offset() && geometry.file_size() <= size_ &&
-        header.count >= 0 && static_cast<uint32_t>(header.count) <= header.capacity &&
-        header.data_used <= header.data_size;
-    return consistent || fail<bool>(ENOENT);
+  Outcome open(const Geometry& geometry, mode_t mode) {
+    file_.reset(sm_open(path_, O_RDWR | O_CREAT | O_EXCL, mode));
+    if (file_) return create(geometry);
+    return errno == EEXIST ? join() : Outcome::kFailed;
   }
 
   gvalue_t* hand_out() {
-    Owned<OpenStore> store = zeroed<OpenStore>();
+    fairlead::Owned<OpenStore> store = fairlead::zeroed<OpenStore>();
     if (!store) return nullptr;
-    BoundedText(store->path, sizeof store->path).add(path_);
-    store->address = address_;
-    store->mapped = size_;
+    fairlead::BoundedText(store->path, sizeof store->path).add(path_);
     store->writable = writable_;
-    store->opener = getpid();
+    store->mapped_size = mapping_.size();
+    store->address = mapping_.release();
     store->fd = file_.release();
-    address_ = MAP_FAILED;
     return store.release();
   }
 
+ private:
+  Outcome create(const Geometry& geometry) {
+    const FileLock lock(file_.get(), FileLock::Interrupted::kTriesAgain);
+    if (!lock) return Outcome::kFailed;
+    const Outcome seen = look();
+    if (seen == Outcome::kBroken) return discard();
+    if (seen != Outcome::kEmpty) return seen;
+    if (geometry.file_size() > kLargestFile) return fail(EFBIG, Outcome::kFailed);
+    if (!set_length(static_cast<off_t>(geometry.file_size()))) return Outcome::kFailed;
+    mapping_ = {file_.get(), static_cast<size_t>(geometry.file_size()), PROT_READ | PROT_WRITE};
+    if (!mapping_) return Outcome::kFailed;
+    fairlead::make_store(mapping_.address(), static_cast<uint32_t>(geometry.capacity),
+                         static_cast<uint32_t>(geometry.data_size));
+    return Outcome::kReady;
+  }
+
+  // The space is reserved at once: a store without pages would kill its writers on a full /tmp.
+  bool set_length(off_t size) {
+    if (ftruncate(file_.get(), size) != 0) return false;
+    int refused;
+    do {
+      refused = posix_fallocate(file_.get(), 0, size);
+    } while (refused == EINTR);
+    return refused == 0 || refused == EOPNOTSUPP || refused == ENOSYS || fail<bool>(refused);
+  }
+
+  Outcome join() {
+    if (!open_existing()) return errno == ENOENT ? Outcome::kVanished : Outcome::kFailed;
+    Outcome seen = look();
+    for (int looks = 1; seen == Outcome::kEmpty || seen == Outcome::kBroken; ++looks) {
+      if (looks > 1) nanosleep(&kLookPause, nullptr);
+      seen = look_locked(looks == kLooks);
+    }
+    return seen;
+  }
+
+  // A file that is just being made is whole once its maker lets go of the lock.
+  Outcome look_locked(bool last) {
+    const FileLock lock(file_.get(), FileLock::Interrupted::kTriesAgain);
+    if (!lock) return Outcome::kFailed;
+    const Outcome seen = look();
+    return seen == Outcome::kBroken || (seen == Outcome::kEmpty && last) ? discard() : seen;
+  }
+
+  // A pipe put in the store's place must not stop the process: opened without waiting.
+  bool open_existing() {
+    file_.reset(sm_open(path_, O_RDWR | O_NONBLOCK, 0));
+    writable_ = static_cast<bool>(file_);
+    if (!file_) file_.reset(sm_open(path_, O_RDONLY | O_NONBLOCK, 0));
+    return static_cast<bool>(file_);
+  }
+
+  Outcome look() {
+    struct stat status;
+    if (fstat(file_.get(), &status) != 0) return Outcome::kFailed;
+    if (status.st_nlink == 0) return Outcome::kVanished;
+    if (!S_ISREG(status.st_mode)) return Outcome::kBroken;
+    if (status.st_size == 0) return Outcome::kEmpty;
+    const auto size = static_cast<uint64_t>(status.st_size);
+    if (size < sizeof(StoreHeader) || size > kLargestFile) return Outcome::kBroken;
+    mapping_ = {file_.get(), static_cast<size_t>(size),
+                writable_ ? PROT_READ | PROT_WRITE : PROT_READ};
+    if (!mapping_) return Outcome::kFailed;
+    return fairlead::StoreView(mapping_.address(), mapping_.size()) ? Outcome::kReady
+                                                                    : Outcome::kBroken;
+  }
+
+  // With the lock held, so that no process removes what another one has just made in its place.
+  Outcome discard() {
+    remove();
+    return fail(ENOENT, Outcome::kFailed);
+  }
+
+  void remove() {
+    if (!file_) return;
+    const fairlead::ErrnoKeeper keep;
+    struct stat status;
+    if (fstat(file_.get(), &status) != 0 || status.st_nlink > 0) sm_unlink(path_);
+  }
+
   const char* path_;
-  Descriptor file_;
-  void* address_ = MAP_FAILED;
-  size_t size_ = 0;
+  fairlead::Descriptor file_;
+  fairlead::Mapping mapping_;
   bool writable_ = true;
 };
 
@@ -198,14 +171,21 @@ class Opening {
 extern "C" gvalue_t* GvalueCreateDetails(const char* name, int capacity, int data_size,
                                          mode_t mode) {
   if (!name) return fail<gvalue_t*>(EINVAL);
-  // The name has always been taken for a format, so that "%%" in it is one percent sign of the
-  // file's name.
-  const OwnedText file_name(strdup(name));
-  if (!file_name) return nullptr;
-  halve_percent(file_name.get());
+  // Callers write "%%" for a percent sign. Halved, the name still fills whatever the path has room
+  // for.
+  fairlead::FixedText<2 * kPathSize> file_name;
+  file_name.add(name);
+  fairlead::halve_percent(file_name.text());
   char path[kPathSize];
-  if (!ProjectVarPath(path, sizeof path, "gvalue", "%s", file_name.get())) return nullptr;
-  return Opening(path).open(geometry_of(capacity, data_size), mode);
+  if (!ProjectVarPath(path, sizeof path, "gvalue", "%s", file_name.text())) return nullptr;
+
+  for (int attempts = 0; attempts < kAttempts; ++attempts) {
+    Attempt attempt(path);
+    const Outcome outcome = attempt.open(Geometry(capacity, data_size), mode);
+    if (outcome == Outcome::kReady) return attempt.hand_out();
+    if (outcome != Outcome::kVanished) return nullptr;
+  }
+  return fail<gvalue_t*>(ENOENT);
 }
 
 extern "C" gvalue_t* GvalueCreate(const char* name) {
