@@ -1,12 +1,15 @@
-// Opening and closing the log channel.
+// Opening and closing the log channel, and where its settings are read.
 #include "log/channel.h"
 
 #include <syslog.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
 #include "base/errno_keeper.h"
+#include "base/fail.h"
+#include "base/owned.h"
 #include "fairlead/log.h"
 #include "fairlead/state/gvalue.h"
 
@@ -15,8 +18,8 @@ namespace {
 constexpr uint32_t kDefaultMode = LOG_MODE_SYSLOG;
 constexpr uint32_t kDefaultThreshold = 6;
 
-// A setting is read through its reference at every message: a change in the store takes effect at
-// once.
+// Read through its reference at every message, never copied: a change in the value store takes
+// effect at once.
 struct Setting {
   const char* name;
   uint32_t fallback;
@@ -28,11 +31,19 @@ struct Setting {
     reference = &own;
   }
 
+  // Repeated at every message until the store has the value.
   void look_up() {
     if (reference) return;
     const fairlead::ErrnoKeeper keep;
     const void* address = GvalueGet(nullptr, name);
     if (address && GvalueSize(nullptr, name) >= static_cast<int>(sizeof own)) reference = address;
+  }
+
+  void set_or_look_up(uint32_t given) {
+    if (given != 0)
+      set(given);
+    else
+      look_up();
   }
 
   uint32_t read() const {
@@ -44,24 +55,27 @@ struct Setting {
 };
 
 // Set up once by the main program, before threads or children start; not guarded.
-struct Channel {
+struct {
   char* identity;
-  char*
-      lent;  // what syslog goes on reading; it outlives the identity until syslog gets another one
+  char* lent;  // syslog goes on reading the identity it was opened with, until it gets another one
   Setting mode = {"log_mode", kDefaultMode, nullptr, 0};
   Setting level = {"log_level", kDefaultThreshold, nullptr, 0};
-
-  void drop_identity() {
-    if (identity != lent) free(identity);
-    identity = nullptr;
-  }
-
-  void lend_identity() {
-    openlog(identity, 0, LOG_DAEMON);
-    if (lent != identity) free(lent);
-    lent = identity;
-  }
 } channel;
+
+void drop_identity() {
+  if (channel.identity != channel.lent) free(channel.identity);
+  channel.identity = nullptr;
+}
+
+void lend_identity() {
+  openlog(channel.identity, 0, LOG_DAEMON);
+  if (channel.lent != channel.identity) free(channel.lent);
+  channel.lent = channel.identity;
+}
+
+bool goes_to_syslog() {
+  return !channel.mode.reference || (channel.mode.read() & LOG_MODE_SYSLOG) != 0;
+}
 
 }  // namespace
 
@@ -76,28 +90,20 @@ uint32_t fairlead::channel_threshold() {
 }
 
 extern "C" int GlogOpen(const char* ident, uint32_t mode, uint32_t level) {
-  if (!ident) return 0;
-  char* copy = strdup(ident);  // before the old one goes: it may be the same text
-  channel.drop_identity();
+  if (!ident) return fairlead::fail<int>(EINVAL);
+  fairlead::OwnedText copy(strdup(ident));
+  drop_identity();
   if (!copy) return 0;
-  channel.identity = copy;
-
-  if (mode != 0)
-    channel.mode.set(mode);
-  else
-    channel.mode.look_up();
-  if (level != 0)
-    channel.level.set(level);
-  else
-    channel.level.look_up();
-  if (channel.mode.reference && !(channel.mode.read() & LOG_MODE_SYSLOG)) return 1;
-  channel.lend_identity();
+  channel.identity = copy.release();
+  channel.mode.set_or_look_up(mode);
+  channel.level.set_or_look_up(level);
+  if (goes_to_syslog()) lend_identity();
   return 1;
 }
 
 extern "C" void GlogClose(void) {
   if (channel.mode.reference) closelog();
-  channel.drop_identity();
+  drop_identity();
   channel.mode.reference = nullptr;
   channel.level.reference = nullptr;
 }

@@ -29,68 +29,87 @@ constexpr Level kLevels[] = {{"unknown", LOG_DEBUG}, {"emerg", LOG_EMERG},  {"al
                              {"error", LOG_ERR},     {"warn", LOG_WARNING}, {"notice", LOG_NOTICE},
                              {"info", LOG_INFO},     {"debug", LOG_DEBUG}};
 
-struct Message {
+struct Call {
   uint32_t word;
   uint32_t mode;
   int error;  // errno as the caller left it
   const char* file;
   int line;
-  char text[kMessageSize];
 
-  uint32_t level() const { return word & kLevelBits; }
+  bool wants(uint32_t flag) const { return (word & flag) != 0; }
+  bool goes_to(uint32_t output) const { return (mode & output) != 0; }
+  uint32_t number() const { return word & kLevelBits; }
+  const Level& level() const { return kLevels[number()]; }
 };
 
-// errno and its text, and the place; each empty when it is not wanted.
-struct Details {
-  explicit Details(const Message& message) {
-    if (message.word & LOG_ERRNO)
-      error.format("(err:%d/%s)", message.error, strerror(message.error));
-    if (message.mode & LOG_MODE_WHERE)
-      place.format("{%d/%s/%d}", static_cast<int>(getpid()), message.file, message.line);
+// strerror_r gives the text on some systems, and a status with the text in the buffer on others.
+[[maybe_unused]] const char* text_of(const char* text, const char*) { return text; }
+[[maybe_unused]] const char* text_of(int, const char* buffer) { return buffer; }
+
+// What follows the message, in all outputs alike: errno and the place, each empty unless wanted.
+class Details {
+ public:
+  explicit Details(const Call& call) {
+    if (call.wants(LOG_ERRNO)) {
+      char buffer[128] = "";
+      const char* text = text_of(strerror_r(call.error, buffer, sizeof buffer), buffer);
+      error_.format("(err:%d/%s)", call.error, text);
+    }
+    if (call.goes_to(LOG_MODE_WHERE))
+      place_.format("{%d/%.200s/%d}", static_cast<int>(getpid()), call.file, call.line);
   }
 
-  fairlead::FixedText<128> error;
-  fairlead::FixedText<512> place;
+  const char* error() const { return error_.text(); }
+  const char* place() const { return place_.text(); }
+
+ private:
+  fairlead::FixedText<256> error_;
+  fairlead::FixedText<256> place_;
 };
 
-void write_console(const Message& message, const Details& details) {
-  const char* name = kLevels[message.level()].name;
-  if (message.word & LOG_NOMEM)
-    fprintf(stderr, "%s: out of memory%s\n", name, details.place.text());
-  const bool to_error = (message.word & LOG_ERRNO) || message.level() < kInfo;
+void write_console(const Call& call, const char* message, const Details& details) {
+  const char* name = call.level().name;
+  if (call.wants(LOG_NOMEM)) fprintf(stderr, "%s: out of memory%s\n", name, details.place());
+
+  const bool to_error = call.wants(LOG_ERRNO) || call.number() < kInfo;
   FILE* stream = to_error ? stderr : stdout;
-  fprintf(stream, "%s: %s%s%s\n", name, message.text, details.error.text(), details.place.text());
-  if (!to_error) fflush(stdout);  // a child that ends by _exit must not lose it
+  fprintf(stream, "%s: %s%s%s\n", name, message, details.error(), details.place());
+  // Left in the buffer, a forked child would lose the line by _exit or write it once more by exit.
+  if (!to_error) fflush(stdout);
 }
 
-void write_syslog(const Message& message, const Details& details) {
-  if (message.word & LOG_NOMEM) syslog(LOG_ALERT, "out of memory%s", details.place.text());
-  syslog(kLevels[message.level()].priority, "%s%s%s", message.text, details.error.text(),
-         details.place.text());
+void write_syslog(const Call& call, const char* message, const Details& details) {
+  if (call.wants(LOG_NOMEM)) syslog(LOG_ALERT, "out of memory%s", details.place());
+  syslog(call.level().priority, "%s%s%s", message, details.error(), details.place());
+}
+
+// Apart from the filter, so that a message that is filtered out does not touch a page of the stack
+// for it.
+[[gnu::noinline, gnu::format(printf, 2, 0)]] void write_message(const Call& call,
+                                                                const char* format,
+                                                                va_list arguments) {
+  char message[kMessageSize];
+  if (vsnprintf(message, sizeof message, format, arguments) < 0) message[0] = '\0';
+  const Details details(call);
+  if (call.goes_to(LOG_MODE_CONSOLE)) write_console(call, message, details);
+  if (call.goes_to(LOG_MODE_SYSLOG)) write_syslog(call, message, details);
 }
 
 }  // namespace
 
 extern "C" void LogWrite(uint32_t word, const char* file, int line, const char* format, ...) {
   const int error = errno;
-  Message message;
-  message.mode = word & kModeBits ? word & kModeBits : fairlead::channel_mode();
+  const uint32_t own_mode = word & kModeBits;
+  const uint32_t mode = own_mode ? own_mode : fairlead::channel_mode();
   // A message that is filtered out does nothing at all; not even LOG_EXIT is acted upon.
   if ((word & kLevelBits) > fairlead::channel_threshold()) return;
 
-  message.word = word;
-  message.error = error;
-  message.file = file ? file : "";
-  message.line = line;
+  const Call call = {word, mode, error, file ? file : "", line};
   va_list arguments;
   va_start(arguments, format);
-  if (vsnprintf(message.text, sizeof message.text, format, arguments) < 0) message.text[0] = '\0';
+  write_message(call, format ? format : "", arguments);
   va_end(arguments);
-
-  const Details details(message);
-  if (message.mode & LOG_MODE_CONSOLE) write_console(message, details);
-  if (message.mode & LOG_MODE_SYSLOG) write_syslog(message, details);
-  if (word & LOG_EXIT) exit(-1);
-  // Only the console report of a lack of memory leaves its mark.
-  errno = (word & LOG_NOMEM) && (message.mode & LOG_MODE_CONSOLE) ? ENOMEM : error;
+  if (call.wants(LOG_EXIT)) exit(-1);
+  // Only the console's report of a lack of memory leaves its mark.
+  errno = call.wants(LOG_NOMEM) && call.goes_to(LOG_MODE_CONSOLE) ? ENOMEM : error;
 }
