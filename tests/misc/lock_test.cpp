@@ -1,12 +1,4 @@
 // Record locks: taken at once, waited for, refused, and kept until the descriptor is closed.
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
-#include <sys/syscall.h>
-
-#include <cstddef>
-#include <iterator>
-
 #include "fairlead/misc.h"
 #include "misc_support.h"
 #include "support/faults.h"
@@ -21,21 +13,6 @@ using misc_test::Holder;
 using misc_test::Stopwatch;
 
 constexpr const char* kPath = "/tmp/lock";
-
-// From here on, a call that changes a handler, the mask or the alarm ends the process.
-bool forbid_signal_changes() {
-  sock_filter filter[] = {
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_rt_sigaction, 3, 0),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_rt_sigprocmask, 2, 0),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_setitimer, 1, 0),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_KILL_PROCESS),
-  };
-  const sock_fprog program = {std::size(filter), filter};
-  return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-         prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
-}
 
 class LockTest : public fairlead_test::DeviceTest {
  protected:
@@ -230,7 +207,7 @@ TEST_F(LockTest, set_does_not_miss_an_alarm_that_comes_just_before_the_wait) {
 
 TEST_F(LockTest, set_leaves_the_signal_state_alone_when_the_lock_is_free) {
   const auto ended = fairlead_test::run_child([this] {
-    if (!forbid_signal_changes()) return 77;
+    if (!misc_test::forbid({SYS_rt_sigaction, SYS_rt_sigprocmask, SYS_setitimer})) return 77;
     return lockfd_set(fd_, 1, 0, 0, 0, 1) == 1 ? 0 : 1;
   });
   if (ended.status == 77) GTEST_SKIP() << "no system call filter here";

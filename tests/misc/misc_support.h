@@ -2,16 +2,22 @@
 #pragma once
 
 #include <fcntl.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <signal.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <fstream>
 #include <initializer_list>
-#include <optional>
 #include <string>
+#include <vector>
 
 #include "support/child.h"
 #include "support/device_test.h"
@@ -160,6 +166,35 @@ class CallersAlarm {
 inline bool becomes(const volatile sig_atomic_t& value, int wanted) {
   for (int round = 0; round < 20000 && value != wanted; ++round) usleep(1000);
   return value == wanted;
+}
+
+// A set of signals out of a process' status file.
+inline uint64_t signal_set(const std::string& path, const std::string& name) {
+  std::ifstream status(path);
+  for (std::string line; std::getline(status, line);)
+    if (line.rfind(name + ":", 0) == 0)
+      return std::stoull(line.substr(name.size() + 1), nullptr, 16);
+  ADD_FAILURE() << "no " << name << " in " << path;
+  return 0;
+}
+
+constexpr uint64_t bit(int signal_number) { return uint64_t{1} << (signal_number - 1); }
+
+// From here on, these system calls end the process, or fail with an errno. False where the kernel
+// has no such filter.
+inline bool forbid(std::initializer_list<unsigned> calls, int error = 0) {
+  std::vector<sock_filter> filter = {
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
+  for (unsigned call : calls) {
+    filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 1));
+    filter.push_back(
+        BPF_STMT(BPF_RET | BPF_K, error ? SECCOMP_RET_ERRNO | static_cast<unsigned>(error)
+                                        : SECCOMP_RET_KILL_PROCESS));
+  }
+  filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
+  const sock_fprog program = {static_cast<unsigned short>(filter.size()), filter.data()};
+  return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+         prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
 }
 
 }  // namespace misc_test

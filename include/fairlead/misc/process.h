@@ -32,9 +32,8 @@ void signal_handler(int signal_number);
 
 /* Runs a command line (printf-style, cut at 4095 characters) in the shell and waits for its end.
  * SIGINT and SIGQUIT are ignored meanwhile, by the command too; SIGCHLD has its default action.
- * Returns the wait status that system(3) gives, for the macros of <sys/wait.h>, and leaves its
- * errno; -1 with errno EINVAL when the format is null or empty, -1 when the text can't be formatted
- * or no child can be made. */
+ * Returns what system(3) returns, a wait status for the macros of <sys/wait.h>, with its errno; -1
+ * with errno EINVAL when the format is null or empty, -1 when the text can't be formatted. */
 int system_string(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 /* Runs a command (printf-style, cut at 4095 characters) without a shell and waits for its end.
