@@ -37,9 +37,9 @@ class TextOutput {
   char* take() {
     put('\0');
     if (failed_) return nullptr;
-    char* const whole = std::exchange(begin_, nullptr);
-    char* trimmed = static_cast<char*>(realloc(whole, static_cast<size_t>(at_ - whole)));
-    return trimmed ? trimmed : whole;
+    void* const trimmed = realloc(begin_, static_cast<size_t>(at_ - begin_));
+    if (trimmed) begin_ = static_cast<char*>(trimmed);
+    return std::exchange(begin_, nullptr);
   }
 
  private:
