@@ -53,6 +53,13 @@ class BoundedText {
     return *this;
   }
 
+  // Empty again.
+  BoundedText& restart() {
+    buffer_[length_ = 0] = '\0';
+    cut_ = false;
+    return *this;
+  }
+
   char* text() { return buffer_; }
   const char* text() const { return buffer_; }
   size_t length() const { return length_; }
