@@ -1,0 +1,104 @@
+// Writing and deleting in the configuration store.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include "base/fail.h"
+#include "config/folder.h"
+#include "config/paths.h"
+#include "fairlead/config.h"
+#include "fairlead/misc/files.h"
+#include "fairlead/talk/edit.h"
+#include "fairlead/talk/node.h"
+#include "fairlead/talk/text.h"
+#include "talk/file_text.h"
+#include "talk/member_path.h"
+#include "talk/owned_talk.h"
+#include "talk/path_choice.h"
+#include "talk/replace_file.h"
+
+namespace {
+
+using namespace fairlead;
+
+constexpr char kMarker[] = "/etc/config/version";
+
+// JSON, but not the object that a configuration must be; whoever wrote it meant it, so it is not
+// replaced.
+bool is_other_json(const char* text) {
+  const OwnedText wrapped = [&] {
+    const size_t size = strlen(text) + sizeof "{\"v\":}";
+    OwnedText block(static_cast<char*>(malloc(size)));
+    if (block) BoundedText(block.get(), size).add("{\"v\":").add(text).add('}');
+    return block;
+  }();
+  const OwnedTalk document(wrapped ? StringVessel(wrapped.get()) : nullptr);
+  return document && VesselCount(document.get()) == 1;
+}
+
+// The document that a change starts from; null when the file must stay as it is.
+vessel_t* read_for_change(const char* file) {
+  const OwnedText text = read_file_text(file);
+  if (!text) return VesselCreate();
+  if (vessel_t* document = StringVessel(text.get())) return document;
+  return is_other_json(text.get()) ? nullptr : VesselCreate();
+}
+
+int change_member(const char* file, slash_t* path, talk_t* value) {
+  const OwnedTalk document(read_for_change(file));
+  if (!document) return 0;
+  if (!value) return remove_at(document.get(), path) ? VesselFile(document.get(), file) : 0;
+
+  OwnedTalk copy(TalkDup(value));
+  if (!copy || !put_at(document.get(), path, copy.get())) return 0;
+  (void)copy.release();  // the document's now
+  return VesselFile(document.get(), file);
+}
+
+// The folder goes with its last file, the root never.
+int remove_file(const ConfigPath& file) {
+  remove_leftover(file.text());
+  if (unlink(file.text()) != 0) return 0;
+  PathText folder;
+  folder.add(file.folder());
+  if (strcmp(folder.text(), kConfigRoot) != 0 && dir_sum(folder.text()) < 1) rmdir(folder.text());
+  return 1;
+}
+
+int change_file(const ConfigPath& file, talk_t* value) {
+  if (!value) return remove_file(file);
+  return VesselFile(value, file.text());
+}
+
+// Tells other programs that the configuration has changed since they removed the marker. An
+// existing one stays.
+void leave_marker() {
+  const ErrnoKeeper keep;
+  struct stat status;
+  if (stat(kMarker, &status) != 0) write_string(kMarker, "modify");
+}
+
+}  // namespace
+
+extern "C" int ConfigSet(const char* name, slash_t* path, const char* path_text, talk_t* value) {
+  if (!name) return fail<int>(EINVAL);
+  PathChoice choice(path, path_text);
+  if (!choice.usable() || (choice.parsed() && choice.count() == 0)) return 0;
+
+  const ConfigPath file(name);
+  PathText folder;
+  folder.add(file.folder());
+  if (!ensure_config_folder(folder.text())) return 0;
+  const int result = choice.count() > 0 ? change_member(file.text(), choice.get(), value)
+                                        : change_file(file, value);
+  if (result == 1) leave_marker();
+  return result;
+}
+
+// A text that gives no value deletes: what cannot be stored must not leave the old value in force.
+extern "C" int ConfigSetS(const char* name, slash_t* path, const char* path_text,
+                          const char* value) {
+  const OwnedTalk talk(StringTalk(value));
+  return ConfigSet(name, path, path_text, talk.get());
+}
