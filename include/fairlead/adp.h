@@ -3,7 +3,9 @@
 #define FAIRLEAD_ADP_H
 
 #include "fairlead/adp/handle.h"
+#include "fairlead/adp/isolated.h"
 #include "fairlead/adp/project.h"
 #include "fairlead/adp/request.h"
+#include "fairlead/adp/shell.h"
 
 #endif

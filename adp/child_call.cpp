@@ -1,0 +1,107 @@
+// The road of every request that a child answers: socket pair, SIGCHLD, fork, answer, and
+// everything put back.
+#include "adp/child_call.h"
+
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+#include "base/descriptor.h"
+#include "fairlead/adp/isolated.h"
+#include "fairlead/misc/process.h"
+#include "log/level_words.h"
+
+namespace fairlead {
+namespace {
+
+// What a child call changes in the process. No scope object: two ways out leave the changes in
+// force on purpose.
+struct ChildSignals {
+  struct sigaction former_action;
+  sigset_t saved_mask;    // as the caller had it
+  sigset_t outside_mask;  // SIGCHLD blocked: while the call runs
+  sigset_t wait_mask;     // SIGCHLD open: only inside the wait for data
+};
+
+void prepare(const ChildCall& call, ChildSignals& signals) {
+  sigaction(SIGCHLD, nullptr, &signals.former_action);
+  signal_register(SIGCHLD, signal_handler);
+
+  sigemptyset(&signals.saved_mask);
+  if (sigprocmask(SIG_SETMASK, nullptr, &signals.saved_mask) != 0)
+    LogWrite(kWarning, call.source, __LINE__, "sigprocmask( get the original signal mask ) failed");
+  signals.outside_mask = signals.wait_mask = signals.saved_mask;
+  sigaddset(&signals.outside_mask, SIGCHLD);
+  sigdelset(&signals.wait_mask, SIGCHLD);
+  if (sigprocmask(SIG_SETMASK, &signals.outside_mask, nullptr) != 0)
+    LogWrite(kWarning, call.source, __LINE__, "sigprocmask( set a new signal mask ) failed");
+}
+
+// The default action is not put back: the empty handler stays, as callers have come to rely on.
+void put_back(const ChildCall& call, const ChildSignals& signals) {
+  if (signals.former_action.sa_handler != SIG_DFL)
+    sigaction(SIGCHLD, &signals.former_action, nullptr);
+  if (sigprocmask(SIG_SETMASK, &signals.saved_mask, nullptr) != 0)
+    LogWrite(kWarning, call.source, __LINE__, "sigprocmask( reset SIGCHLD ) failed");
+}
+
+[[noreturn]] void serve(const ChildCall& call, const ChildSignals& signals, Descriptor& parent_end,
+                        int answer_fd, ChildBody body, const void* request) {
+  closelog();
+  openlog(call.name, 0, LOG_DAEMON);
+  put_back(call, signals);
+  parent_end.reset();
+  body(request, answer_fd);
+  _exit(0);
+}
+
+void reap(const ChildCall& call, pid_t child) {
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0)
+    if (errno != EINTR) return;
+  if (!WIFSIGNALED(status)) return;
+  if (call.named_end)
+    LogWrite(kError, call.source, __LINE__, "%s( %s ) terminate by signal %d", call.function,
+             call.subject, WTERMSIG(status));
+  else
+    LogWrite(kError, call.source, __LINE__, "%s terminate by signal %d", call.subject,
+             WTERMSIG(status));
+}
+
+}  // namespace
+
+talk_t* call_child(const ChildCall& call, ChildBody body, const void* request) {
+  int ends[2];
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+    LogWrite(kErrorWithErrno, call.source, __LINE__, "socketpair error for %s( %s )", call.function,
+             call.subject);
+    return nullptr;
+  }
+  Descriptor parent_end(ends[0]);
+  Descriptor child_end(ends[1]);
+
+  ChildSignals signals;
+  prepare(call, signals);
+  const pid_t child = fork();
+  if (child < 0) {
+    LogWrite(kErrorWithErrno, call.source, __LINE__, "vfork error for %s( %s )", call.function,
+             call.subject);
+    return nullptr;
+  }
+  if (child == 0) serve(call, signals, parent_end, child_end.get(), body, request);
+
+  child_end.reset();
+  int32_t reaped = 0;
+  talk_t* answer = pipe_fdtalk(parent_end.get(), &signals.wait_mask, &signals.outside_mask,
+                               call.name, child, &reaped);
+  parent_end.reset();
+  put_back(call, signals);
+  if (reaped == 0) reap(call, child);
+  return answer;
+}
+
+}  // namespace fairlead

@@ -1,0 +1,66 @@
+// Reading, writing when something changes, and merging.
+#include "adp/request_steps.h"
+
+#include "fairlead/adp/handle.h"
+#include "fairlead/adp/isolated.h"
+#include "fairlead/talk/edit.h"
+#include "fairlead/talk/node.h"
+#include "talk/owned_talk.h"
+#include "talk/roles.h"
+
+namespace fairlead {
+namespace {
+
+// The present value. An adapter's code is no document to compare with.
+OwnedTalk read_current(const RequestRoad& road, const RequestTarget& target) {
+  talk_t* current = road.get(target.object, target.object_text, target.path, target.path_text);
+  return OwnedTalk(current == TALK_DONE || current == TALK_FAILED ? nullptr : current);
+}
+
+bool write(const RequestRoad& road, const RequestTarget& target, talk_t* value) {
+  return road.set(target.object, target.object_text, target.path, target.path_text, value,
+                  nullptr) == 1;
+}
+
+bool write_change(const RequestRoad& road, const RequestTarget& target, const talk_t* current,
+                  talk_t* value) {
+  return TalkEqual(current, value) || write(road, target, value);
+}
+
+int32_t finish(bool done, talk_t** out) {
+  *out = done ? TALK_DONE : TALK_FAILED;
+  return done ? 1 : -1;
+}
+
+}  // namespace
+
+const RequestRoad kPlainRoad = {AdpSet, AdpGet, AdpCall, false};
+const RequestRoad kIsolatedRoad = {AdpSecureSet, AdpSecureGet, AdpSecureCall, true};
+
+int32_t answer_read(const RequestRoad& road, const RequestTarget& target, talk_t** out) {
+  *out = road.get(target.object, target.object_text, target.path, target.path_text);
+  return 0;
+}
+
+int32_t answer_set(const RequestRoad& road, const RequestTarget& target, talk_t* value,
+                   talk_t** out) {
+  const OwnedTalk current = read_current(road, target);
+  return finish(write_change(road, target, current.get(), value), out);
+}
+
+int32_t answer_merge(const RequestRoad& road, const RequestTarget& target, talk_t* value,
+                     talk_t** out) {
+  const OwnedTalk current = read_current(road, target);
+  if (!is_vessel(current.get()) || !is_vessel(value))
+    return finish(write_change(road, target, current.get(), value), out);
+  const OwnedTalk before(TalkDup(current.get()));
+  VesselModify(value, current.get());
+  return finish(write_change(road, target, before.get(), current.get()), out);
+}
+
+int32_t status_of(const talk_t* answer) {
+  if (answer == TALK_FAILED) return -1;
+  return answer == TALK_DONE ? 1 : 0;
+}
+
+}  // namespace fairlead

@@ -1,0 +1,90 @@
+// A whole request in a document.
+#include <algorithm>
+
+#include "adp/request_steps.h"
+#include "base/bounded_text.h"
+#include "base/fail.h"
+#include "base/owned.h"
+#include "fairlead/adp/request.h"
+#include "fairlead/talk/node.h"
+#include "fairlead/talk/text.h"
+#include "talk/roles.h"
+
+namespace {
+
+using namespace fairlead;
+
+// The parameter list of members "1" to "20"; positions without a member are empty, and the list
+// ends with the last one that is there.
+class NumberedParameters {
+ public:
+  explicit NumberedParameters(vessel_t* request) {
+    for (int number = 1; number <= PARAM_MAX; ++number) {
+      FixedText<16> name;
+      name.format("%d", number);
+      axp_t* member = VesselFind(request, name.text());
+      if (!member) continue;
+      talk_t* value = AxpGetX(member);
+      text_[number - 1].reset(value ? TalkString(value) : nullptr);
+      list_.count = number;
+    }
+    for (int index = 0; index < list_.count; ++index) {
+      list_.entry[index] = zeroed<param_entry_t>().release();
+      if (list_.entry[index]) list_.entry[index]->text = text_[index].get();
+    }
+  }
+  ~NumberedParameters() {
+    ErrnoKeeper keep;
+    ParamClear(&list_);
+  }
+  NumberedParameters(const NumberedParameters&) = delete;
+  NumberedParameters& operator=(const NumberedParameters&) = delete;
+
+  param_t* list() { return &list_; }
+
+ private:
+  OwnedText text_[PARAM_MAX];  // what the entries' texts point to
+  param_t list_{};
+};
+
+bool is_data_operator(const char* op) { return !op || *op == '\0' || *op == '=' || *op == '|'; }
+
+int32_t serve_data(const RequestRoad& road, const RequestTarget& target, const char* op,
+                   talk_t* value, talk_t** out) {
+  if (!value) return answer_read(road, target, out);
+  if (op && *op == '=') return answer_set(road, target, value, out);
+  return answer_merge(road, target, value, out);
+}
+
+int32_t serve(const RequestRoad& road, int32_t (*by_identifier)(uii_t*, talk_t**), talk_t* request,
+              talk_t** out) {
+  if (!request || !out) return fail(EINVAL, -1);
+  if (is_render(request)) {
+    uii_t* identifier = UiiCreate(RenderString(request));
+    if (!identifier) return -1;
+    const int32_t status = by_identifier(identifier, out);
+    UiiFree(identifier);
+    return status;
+  }
+
+  const char* object = VesselGetS(request, "adp");
+  if (!object) return -1;
+  const char* op = VesselGetS(request, "op");
+  if (is_data_operator(op)) {
+    const RequestTarget target = {nullptr, object, nullptr, VesselGetS(request, "ab")};
+    return serve_data(road, target, op, VesselGetX(request, "v"), out);
+  }
+  NumberedParameters parameters(request);
+  *out = road.call(nullptr, object, op, parameters.list(), nullptr);
+  return status_of(*out);
+}
+
+}  // namespace
+
+extern "C" int32_t TalkHe(talk_t* request, talk_t** out) {
+  return serve(kPlainRoad, He, request, out);
+}
+
+extern "C" int32_t SecureTalkHe(talk_t* request, talk_t** out) {
+  return serve(kIsolatedRoad, SecureHe, request, out);
+}

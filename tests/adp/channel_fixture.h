@@ -1,0 +1,52 @@
+// What the tests of child calls share: a SIGCHLD handler of the test's own, log lines, answers as text.
+#pragma once
+
+#include <csignal>
+#include <string>
+
+#include "fairlead/fairlead.h"
+#include "support/capture.h"
+#include "support/device_test.h"
+
+namespace fairlead_test {
+
+class ChannelTest : public DeviceTest {
+ protected:
+  void SetUp() override {
+    // A child call leaves an empty handler where there was none; with one of our own the census can compare.
+    signal_register(SIGCHLD, count_signal);
+    signals_ = 0;
+    ASSERT_EQ(1, GlogOpen("test", LOG_MODE_CONSOLE, 7));
+    DeviceTest::SetUp();
+  }
+
+  void TearDown() override {
+    DeviceTest::TearDown();
+    GlogClose();
+    signal(SIGCHLD, SIG_DFL);
+  }
+
+  static void count_signal(int) { ++signals_; }
+
+  // What the action logs, its children included.
+  template <class Action>
+  std::string logged(Action action) {
+    return capture(action).err;
+  }
+
+  static inline volatile int signals_ = 0;
+};
+
+// The answer as text: "null", "done", "failed", or the document's; a document is freed.
+inline std::string spelled(talk_t* answer) {
+  if (!answer) return "null";
+  if (answer == TALK_DONE) return "done";
+  if (answer == TALK_FAILED) return "failed";
+  char* text = TalkString(answer);
+  std::string result = text ? text : "no text form";
+  free(text);
+  TalkFree(answer);
+  return result;
+}
+
+}  // namespace fairlead_test

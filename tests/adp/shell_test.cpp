@@ -1,0 +1,285 @@
+// Script adapters: what a script is told, what its answers mean, and what is left behind.
+#include "fairlead/adp/shell.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+
+#include "adp/channel_fixture.h"
+#include "support/child.h"
+#include "support/faults.h"
+
+namespace {
+
+using fairlead_test::Call;
+using fairlead_test::Fault;
+using fairlead_test::file_content;
+using fairlead_test::put_file;
+using fairlead_test::spelled;
+
+constexpr char kScript[] = "/prj/board/led.ash";
+
+class ShellTest : public fairlead_test::ChannelTest, public testing::WithParamInterface<const char*> {
+ protected:
+  void script(const std::string& body, int mode = 0755) {
+    put_file(kScript, std::string("#!") + GetParam() + "\n" + body, mode);
+    adp_.type = ADP_SHELL;
+    snprintf(adp_.name, sizeof adp_.name, "board/led");
+    snprintf(adp_.file, sizeof adp_.file, "%s", kScript);
+  }
+
+  // A script that answers with the named variables of its environment, "-" for one that is not set.
+  void telling_script(const std::string& names) {
+    std::string body = "{ ";
+    for (size_t at = 0; at < names.size();) {
+      const size_t end = std::min(names.find(' ', at), names.size());
+      const std::string name = names.substr(at, end - at);
+      body += "printf '%s;' \"${" + name + "--}\"; ";
+      at = end + 1;
+    }
+    script(body + "} >&$pipeid\n");
+  }
+
+  param_t* parameters(const char* list) {
+    snprintf(list_, sizeof list_, "%s", list);
+    param_ = {};
+    EXPECT_EQ(1, ParamAnalysis(&param_, list_));
+    return &param_;
+  }
+
+  slash_t* path(const char* text) {
+    snprintf(path_text_, sizeof path_text_, "%s", text);
+    SlashAnalysis(&slash_, path_text_);
+    return &slash_;
+  }
+
+  void TearDown() override {
+    ParamClear(&param_);
+    SlashClear(&slash_);
+    ChannelTest::TearDown();
+  }
+
+  adp_t adp_{};
+  param_t param_{};
+  slash_t slash_{};
+  char list_[256];
+  char path_text_[256];
+};
+
+TEST_P(ShellTest, a_set_tells_object_path_and_value) {
+  telling_script("adp interface config value paramter_count");
+  talk_t* value = StringTalk("{\"a\":\"1\"}");
+  EXPECT_EQ(0, ShellAbSet(&adp_, path("lan//ip"), value));  // an answer in words is no success
+  TalkFree(value);
+  script("printf '%s;' \"$adp\" \"$interface\" \"$config\" \"$value\" >/tmp/told; printf '\\001' >&$pipeid\n");
+  value = StringTalk("{\"a\":\"1\"}");
+  EXPECT_EQ(1, ShellAbSet(&adp_, path("lan//ip"), value));
+  EXPECT_EQ("board/led;=;lan/ip;{\"a\":\"1\"};", file_content("/tmp/told"));
+  TalkFree(value);
+}
+
+TEST_P(ShellTest, a_set_without_path_and_value_removes_the_variables) {
+  setenv("config", "inherited", 1);
+  setenv("value", "inherited", 1);
+  script("printf '%s;' \"${config--}\" \"${value--}\" >/tmp/told; printf '\\001' >&$pipeid\n");
+  EXPECT_EQ(1, ShellAbSet(&adp_, nullptr, nullptr));
+  EXPECT_EQ("-;-;", file_content("/tmp/told"));
+  unsetenv("config");
+  unsetenv("value");
+}
+
+TEST_P(ShellTest, a_set_with_a_value_without_text_removes_the_variable) {
+  script("printf '%s;' \"${value--}\" >/tmp/told; printf '\\001' >&$pipeid\n");
+  talk_t* number = json_new_number("7");
+  EXPECT_EQ(1, ShellAbSet(&adp_, nullptr, number));
+  EXPECT_EQ("-;", file_content("/tmp/told"));
+  TalkFree(number);
+}
+
+TEST_P(ShellTest, only_the_byte_one_makes_a_set_succeed) {
+  script("printf 1 >&$pipeid\n");
+  EXPECT_EQ(0, ShellAbSet(&adp_, nullptr, nullptr));
+  script("printf '\\002' >&$pipeid\n");
+  EXPECT_EQ(0, ShellAbSet(&adp_, nullptr, nullptr));
+  script("exit 0\n");
+  EXPECT_EQ(0, ShellAbSet(&adp_, nullptr, nullptr));
+  script("printf ' \\001 \\n' >&$pipeid; exit 9\n");
+  EXPECT_EQ(1, ShellAbSet(&adp_, nullptr, nullptr));
+}
+
+TEST_P(ShellTest, a_get_leaves_the_variable_value_as_inherited) {
+  setenv("value", "inherited", 1);
+  telling_script("adp interface config value");
+  EXPECT_EQ("board/led;:;ssid;inherited;", spelled(ShellAbGet(&adp_, path("ssid"))));
+  EXPECT_EQ("board/led;:;-;inherited;", spelled(ShellAbGet(&adp_, nullptr)));
+  unsetenv("value");
+}
+
+TEST_P(ShellTest, answers_become_documents_strings_codes_or_null) {
+  const std::pair<const char*, const char*> answers[] = {
+      {"printf '{\"a\":\"1\"}\\n'", "{\"a\":\"1\"}"},
+      {"echo; echo '  two words  '; echo", "two words"},
+      {"printf '\\001'", "done"},
+      {"printf '\\002\\n'", "failed"},
+      {"printf '\\000'", "null"},
+      {"printf '  \\n\\r '", "null"},
+      {"printf '{broken'", "null"},
+      {"printf '[1,2]'", "[1,2]"},
+      {":", "null"},
+  };
+  for (const auto& [command, meaning] : answers) {
+    script(std::string(command) + " >&$pipeid\n");
+    EXPECT_EQ(meaning, spelled(ShellAbGet(&adp_, nullptr))) << command;
+  }
+}
+
+TEST_P(ShellTest, a_list_touches_only_two_variables) {
+  setenv("adp", "inherited", 1);
+  telling_script("adp interface config");
+  EXPECT_EQ("inherited;.;-;", spelled(ShellIfList(kScript)));
+  unsetenv("adp");
+}
+
+TEST_P(ShellTest, a_call_hands_over_all_parameters_but_the_last) {
+  telling_script("adp interface paramter_count paramter0 paramter1 paramter2 paramter3");
+  EXPECT_EQ("board/led;blink;3;;red;green;-;", spelled(ShellIfCall(&adp_, "blink", parameters("red,green,blue"))));
+}
+
+TEST_P(ShellTest, an_empty_parameter_is_an_empty_variable) {
+  setenv("paramter1", "inherited", 1);
+  telling_script("paramter_count paramter1 paramter2");
+  EXPECT_EQ("3;;x;", spelled(ShellIfCall(&adp_, "blink", parameters(",x,y"))));
+  unsetenv("paramter1");
+}
+
+TEST_P(ShellTest, a_call_without_a_list_says_minus_one) {
+  telling_script("paramter_count paramter0");
+  EXPECT_EQ("-1;-;", spelled(ShellIfCall(&adp_, "blink", nullptr)));
+}
+
+TEST_P(ShellTest, a_call_without_an_interface_name_runs_nothing) {
+  script("touch /tmp/was-run\n");
+  EXPECT_EQ(nullptr, ShellIfCall(&adp_, nullptr, nullptr));
+  EXPECT_FALSE(fairlead_test::exists("/tmp/was-run"));
+}
+
+TEST_P(ShellTest, null_arguments_are_refused) {
+  errno = 0;
+  EXPECT_EQ(0, ShellAbSet(nullptr, nullptr, nullptr));
+  EXPECT_EQ(EINVAL, errno);
+  EXPECT_EQ(nullptr, ShellAbGet(nullptr, nullptr));
+  EXPECT_EQ(nullptr, ShellIfList(nullptr));
+  EXPECT_EQ(nullptr, ShellIfCall(nullptr, "x", nullptr));
+}
+
+TEST_P(ShellTest, a_script_gets_its_own_path_as_only_argument) {
+  script("printf '%s %s' \"$0\" $# >&$pipeid\n");
+  EXPECT_EQ(std::string(kScript) + " 0", spelled(ShellAbGet(&adp_, nullptr)));
+}
+
+TEST_P(ShellTest, a_script_that_cannot_be_executed_is_logged) {
+  script("echo never\n", 0644);
+  const std::string log = logged([&] { EXPECT_EQ(nullptr, ShellAbGet(&adp_, nullptr)); });
+  EXPECT_EQ("error: execl the /prj/board/led.ash error(err:13/Permission denied)\n", log);
+}
+
+TEST_P(ShellTest, a_missing_script_is_logged) {
+  const std::string log = logged([&] { EXPECT_EQ(nullptr, ShellIfList("/prj/none.ash")); });
+  EXPECT_EQ("error: execl the /prj/none.ash error(err:2/No such file or directory)\n", log);
+}
+
+TEST_P(ShellTest, a_script_killed_by_a_signal_is_logged_once) {
+  script("printf '{\"a\":\"1\"}' >&$pipeid; kill -9 $$\n");
+  const std::string log = logged([&] { ShellAbSet(&adp_, nullptr, nullptr); });
+  EXPECT_TRUE(log == "error: board/led terminate by signal 9\n" ||
+              log == "error: ShellAbSet( board/led ) terminate by signal 9\n")
+      << log;
+}
+
+// The channel ends before the script does, so its death is seen by the wait that follows.
+TEST_P(ShellTest, a_death_after_the_answer_names_the_function) {
+  script("eval \"exec $pipeid>&-\"; sleep 0.2; kill -9 $$\n");
+  const std::string set = logged([&] { ShellAbSet(&adp_, nullptr, nullptr); });
+  EXPECT_EQ("error: ShellAbSet( board/led ) terminate by signal 9\n", set);
+  const std::string get = logged([&] { ShellAbGet(&adp_, nullptr); });
+  EXPECT_EQ("error: ShellAbGet( board/led ) terminate by signal 9\n", get);
+  const std::string list = logged([&] { ShellIfList(kScript); });
+  EXPECT_EQ("error: ShellIfList( /prj/board/led.ash ) terminate by signal 9\n", list);
+  const std::string call = logged([&] { ShellIfCall(&adp_, "blink", nullptr); });
+  EXPECT_EQ("error: ShellIfCall( board/led.blink ) terminate by signal 9\n", call);
+}
+
+TEST_P(ShellTest, a_background_process_with_the_channel_holds_the_caller_three_seconds_at_most) {
+  script("printf early >&$pipeid; sleep 60 & echo $! >/tmp/background\n");
+  const time_t begin = time(nullptr);
+  EXPECT_EQ("early", spelled(ShellAbGet(&adp_, nullptr)));
+  EXPECT_GE(time(nullptr) - begin, 2);
+  EXPECT_LT(time(nullptr) - begin, 30);
+  kill(atoi(file_content("/tmp/background").c_str()), SIGKILL);
+}
+
+TEST_P(ShellTest, a_script_inherits_standard_streams_and_its_channel_alone) {
+  GvalueGet(nullptr, "log_mode");  // the default store stays open in this process
+  script("for fd in /proc/$$/fd/*; do printf '%s ' ${fd##*/}; done >&$pipeid; printf ':%s' $pipeid >&$pipeid\n");
+  const std::string answer = spelled(ShellAbGet(&adp_, nullptr));
+  const std::string pipeid = answer.substr(answer.find(':') + 1);
+  std::string foreign;  // the shell holds its script at 10 or above (dash) or 255
+  for (int fd = 3; fd <= 9; ++fd)
+    if (std::to_string(fd) != pipeid && answer.find(" " + std::to_string(fd) + " ") != std::string::npos)
+      foreign += std::to_string(fd) + " ";
+  EXPECT_EQ("", foreign) << answer;
+}
+
+TEST_P(ShellTest, the_channel_has_one_digit_among_many_open_descriptors) {
+  int held[20];
+  for (int& fd : held) fd = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  script("printf '%s' \"$pipeid\" >&$pipeid\n");
+  EXPECT_EQ(1U, spelled(ShellAbGet(&adp_, nullptr)).size());
+  for (int fd : held) close(fd);
+}
+
+TEST_P(ShellTest, a_failed_socket_pair_is_logged_and_changes_nothing) {
+  script("");
+  const std::pair<const char*, std::function<void()>> calls[] = {
+      {"socketpair error for ShellAbSet( board/led )", [&] { EXPECT_EQ(0, ShellAbSet(&adp_, nullptr, nullptr)); }},
+      {"socketpair error for ShellAbGet( board/led )", [&] { EXPECT_EQ(nullptr, ShellAbGet(&adp_, nullptr)); }},
+      {"socketpair error for ShellIfList( /prj/board/led.ash )", [&] { EXPECT_EQ(nullptr, ShellIfList(kScript)); }},
+      {"socketpair error for ShellIfCall( board/led.x )",
+       [&] { EXPECT_EQ(nullptr, ShellIfCall(&adp_, "x", nullptr)); }},
+  };
+  for (const auto& [text, call] : calls) {
+    Fault fault(Call::kSocketpair, {.error = EMFILE});
+    EXPECT_EQ(std::string("error: ") + text + "(err:24/Too many open files)\n", logged(call));
+  }
+}
+
+// A failed fork leaves SIGCHLD blocked and the empty handler installed: kept as it always was.
+TEST_P(ShellTest, a_failed_fork_is_logged_and_leaves_mask_and_handler_changed) {
+  script("");
+  const auto ended = fairlead_test::run_child([&] {
+    Fault fault(Call::kFork, {.error = EAGAIN});
+    EXPECT_EQ(nullptr, ShellIfCall(&adp_, "x", nullptr));
+    sigset_t mask;
+    sigprocmask(SIG_SETMASK, nullptr, &mask);
+    EXPECT_EQ(1, sigismember(&mask, SIGCHLD));
+    EXPECT_EQ(signal_handler, signal_register(SIGCHLD, SIG_DFL));
+  });
+  EXPECT_EQ(0, ended.status);
+  EXPECT_EQ("error: vfork error for ShellIfCall( board/led.x )(err:11/Resource temporarily unavailable)\n", ended.err);
+}
+
+TEST_P(ShellTest, a_default_handler_is_replaced_by_the_empty_one) {
+  script("");
+  signal(SIGCHLD, SIG_DFL);
+  ShellAbGet(&adp_, nullptr);
+  EXPECT_EQ(signal_handler, signal_register(SIGCHLD, count_signal));
+}
+
+INSTANTIATE_TEST_SUITE_P(Interpreters, ShellTest, testing::Values("/bin/dash", "/usr/bin/busybox ash"),
+                         [](const auto& instance) {
+                           return std::string(instance.param[5] == 'd' ? "dash" : "busybox_ash");
+                         });
+
+}  // namespace
