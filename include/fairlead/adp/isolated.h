@@ -16,8 +16,8 @@
 #ifndef FAIRLEAD_ADP_ISOLATED_H
 #define FAIRLEAD_ADP_ISOLATED_H
 
-#include <signal.h>
 #include <stdint.h>
+#include <sys/select.h> /* sigset_t, also in strict C */
 #include <sys/types.h>
 
 #include "fairlead/api.h"
