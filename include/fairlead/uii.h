@@ -126,6 +126,52 @@ const char* UiiParamGetS(uii_t* uii, int index);
 /* The parameters as text, with commas between them; null without parameters. */
 const char* UiiParamString(uii_t* uii);
 
+/* The identifier as a small request document: "adp" the object path; with an interface "fn" its
+ * name and the parameters under their numbers, from the highest down to "1" (an empty one adds
+ * nothing); without one "ab" the configuration path when there is one, and for a value "op" ("=" or
+ * "|") and "v" the value when there is one. Returns a new document (free it with TalkFree), or null
+ * with errno EINVAL when uii is null. */
+vessel_t* UiiTalk(uii_t* uii);
+
+/* The family below works on a node at a slash path inside a document in memory. The path is a
+ * record, or, when that is null, a printf-style format whose text is cut at 255 characters; the
+ * first member of a name counts. errno is that of the failing talk function. Not for two threads at
+ * a time on one document. */
+
+/* Puts `value` at the path, making members and objects on the way and replacing what is no object
+ * there; the value itself becomes part of the document. A null value removes the member at the
+ * path, and changes nothing when there is none. Returns 1; 0 when the path has no segment or is
+ * missing, the document is no object, the member to remove is not there, or the value cannot stand
+ * in an object: it is then still the caller's. */
+int TalkUiiSet(talk_t* document, talk_t* value, slash_t* path, const char* format, ...)
+    __attribute__((format(printf, 4, 5)));
+
+/* The same with a value made from text as by StringTalk: an object or a string. A null text, or
+ * object text that does not parse, is refused (0). In the formatted path "%%" becomes "%" once more
+ * (kept for callers that double their percent signs). */
+int TalkUiiSetS(talk_t* document, const char* value, slash_t* path, const char* format, ...)
+    __attribute__((format(printf, 4, 5)));
+
+/* Returns the node at the path, which stays the document's; the document itself when the path is
+ * empty or missing; null when the document is no object or there is nothing at the path. */
+talk_t* TalkUiiGet(talk_t* document, slash_t* path, const char* format, ...)
+    __attribute__((format(printf, 3, 4)));
+
+/* The node at the path as text: an object's JSON text or a string, cut to fit, in buffer[0..size),
+ * or in a static buffer of 4096 bytes, good until the next such call, when buffer is null or size
+ * below 1. Null when there is nothing, or another kind of node, at the path, or both path arguments
+ * are null. In the formatted path "%%" becomes
+ * "%" once more. */
+char* TalkUiiGetS(talk_t* document, char* buffer, int size, slash_t* path, const char* format, ...)
+    __attribute__((format(printf, 5, 6)));
+
+/* Detaches the value at the path and hands it to the caller (free it with TalkFree); its member
+ * stays in the document without a value, and such a document has no text form until a value is set
+ * again. An empty or missing path gives the document itself, nothing detached. Null when there is
+ * nothing at the path. */
+talk_t* TalkUiiCut(talk_t* document, slash_t* path, const char* format, ...)
+    __attribute__((format(printf, 3, 4)));
+
 FAIRLEAD_API_END
 
 #endif
