@@ -81,6 +81,7 @@ char* put_utf8(char* out, long value) {
   if (value < 0x800) return put_tail(put_byte(out, 0xC0 | value >> 6), value, 0);
   if (value < 0x10000)
     return put_tail(put_tail(put_byte(out, 0xE0 | value >> 12), value, 6), value, 0);
+  // Out of reach of four digits, and of a pair, which is put together elsewhere.
   fprintf(stderr, "JSON: unsupported unicode value: 0x%lX\n", static_cast<unsigned long>(value));
   return out;
 }

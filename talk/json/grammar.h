@@ -1,6 +1,8 @@
 // The grammar of a document: which token may stand where, and what it does.
 #pragma once
 
+#include <sys/types.h>
+
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -106,37 +108,35 @@ template <class Events>
 json_error read_document(json_jpi_t* info, JsonLexer& lexer, Events& events) {
   using grammar::Action;
   auto state = static_cast<grammar::State>(info->state);
-  JsonToken token = lexer.first();
-  while (token != JsonToken::kEndOfText) {
+  while (true) {
+    const JsonToken token = lexer.next();
+    if (token == JsonToken::kEndOfText) break;
     grammar::Step step = grammar::kTable[state][static_cast<size_t>(token)];
     json_error result = kGoOn;
-    switch (step.action) {
-      case Action::kMove:
-        break;
-      case Action::kLabel:
-        result = events.label(lexer.text());
-        break;
-      case Action::kValue:
-        result = events.value(step.kind, lexer.text());
-        break;
-      case Action::kOpen:
-        result = events.open(step.kind);
-        break;
-      case Action::kClose:
-        result = events.close(step.next);
-        break;
-      case Action::kRefuse:
-        return grammar::refuse(info, state, token);
+    if (step.action == Action::kLabel) [[likely]] {
+      result = events.label(lexer.text());
+    } else if (step.action == Action::kValue) [[likely]] {
+      result = events.value(step.kind, lexer.text());
+    } else if (step.action == Action::kOpen) {
+      result = events.open(step.kind);
+    } else if (step.action == Action::kClose) {
+      result = events.close(step.next);
+    } else if (step.action == Action::kRefuse) {
+      lexer.count_lines();
+      return grammar::refuse(info, state, token);
     }
     if (result != kGoOn) return result;
+
     state = step.next;
     if (state == grammar::kColon && lexer.skip(':'))
       state = grammar::kMemberValue;
     else if (state == grammar::kMemberEnd && lexer.skip(','))
       state = grammar::kLabel;
-    token = lexer.next();
+    else if (state == grammar::kElementEnd && lexer.skip(','))
+      state = grammar::kElement;
   }
   info->state = state;
+  if (state != grammar::kComplete) lexer.count_lines();
   return grammar::end_of_text(state, lexer.in_token());
 }
 

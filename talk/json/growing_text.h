@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "base/owned.h"
 #include "fairlead/talk/json.h"
 
 namespace fairlead {
@@ -30,6 +31,14 @@ inline bool append(json_buffer_t* text, std::string_view piece) {
   if (!piece.empty()) memcpy(text->text + text->length, piece.data(), piece.size());
   text->length += piece.size();
   return true;
+}
+
+// A finished text in a block of `size` bytes; one that cannot be shrunk is as good.
+inline char* trim(OwnedText text, size_t size) {
+  char* trimmed = static_cast<char*>(realloc(text.get(), size));
+  if (!trimmed) return text.release();
+  static_cast<void>(text.release());
+  return trimmed;
 }
 
 }  // namespace fairlead

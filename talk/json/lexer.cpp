@@ -26,29 +26,27 @@ ScannedToken finish(JsonToken token, const char* begin, const char* end) {
 
 }  // namespace
 
-ScannedToken scan_token(json_jpi_t* info, uint8_t state, const char* begin, const char* at) {
+ScannedToken scan_token(json_jpi_t* info, uint8_t state, const char* begin, const char* at,
+                        const char* end) {
   while (true) {
-    uint8_t kind = lex::class_of(*at);
-    if (state == lex::kString)
-      while (kind > lex::kLastSpecialInString) kind = lex::class_of(*++at);
-    const uint8_t next = lex::kNext[state][kind];
+    if (state == lex::kString) at = end_of_plain_run(at, end);
+    const uint8_t next = lex::kNext[state][lex::class_of(*at)];
     if (next >= lex::kStates) {
       const auto token = static_cast<JsonToken>(next - lex::kStates);
       info->lexer = token == JsonToken::kEndOfText ? state : uint8_t{lex::kBetween};
       return finish(token, begin, at);
     }
-    if (kind == lex::kLineFeed) ++info->line;
     state = next;
     ++at;
   }
 }
 
-ScannedToken resume_token(json_jpi_t* info, const char* text) {
+ScannedToken resume_token(json_jpi_t* info, const char* text, const char* end) {
   if (info->lexer >= lex::kStates) {
     fprintf(stderr, "JSON: *state missing: %d\n", static_cast<int>(info->lexer));
     return {JsonToken::kInvalid, {}, text};
   }
-  ScannedToken rest = scan_token(info, static_cast<uint8_t>(info->lexer), text, text);
+  ScannedToken rest = scan_token(info, static_cast<uint8_t>(info->lexer), text, text, end);
   json_buffer_t* kept = &info->token;
   if (rest.token == JsonToken::kEndOfText || kept->length == 0) return rest;
   if (!append(kept, rest.text)) return {JsonToken::kNoMemory, {}, rest.next};

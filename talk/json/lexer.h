@@ -2,10 +2,12 @@
 // in the parse state and continued in the next.
 #pragma once
 
+#include <cstring>
 #include <string_view>
 
 #include "fairlead/talk/json.h"
 #include "talk/json/lexer_table.h"
+#include "talk/json/plain_run.h"
 
 namespace fairlead {
 
@@ -17,10 +19,11 @@ struct ScannedToken {
 };
 
 // Reads on from `state`, which the bytes before `at` led to, to the end of the token.
-ScannedToken scan_token(json_jpi_t* info, uint8_t state, const char* begin, const char* at);
+ScannedToken scan_token(json_jpi_t* info, uint8_t state, const char* begin, const char* at,
+                        const char* end);
 
 // Reads the rest of a token that the piece before has begun.
-ScannedToken resume_token(json_jpi_t* info, const char* text);
+ScannedToken resume_token(json_jpi_t* info, const char* text, const char* end);
 
 // Saves what a piece has begun of a token; false when memory runs out.
 bool keep_begun_token(json_jpi_t* info, std::string_view text);
@@ -28,7 +31,8 @@ void drop_kept_token(json_jpi_t* info);
 
 class JsonLexer {
  public:
-  JsonLexer(json_jpi_t* info, const char* text) : info_(info), at_(text) {}
+  JsonLexer(json_jpi_t* info, const char* text)
+      : info_(info), begin_(text), at_(text), end_(text + strlen(text)) {}
 
   // Takes the token made of the byte `mark` if it follows at once: the usual case in compact text.
   bool skip(char mark) {
@@ -37,18 +41,14 @@ class JsonLexer {
     return true;
   }
 
-  // The first token of a piece.
-  JsonToken first() { return in_token() ? take(resume_token(info_, at_)) : next(); }
-
-  JsonToken next() {
+  // Inlined by force, as the speed of the parsers hangs on keeping these members in registers.
+  __attribute__((always_inline)) JsonToken next() {
+    if (in_token()) return take(resume_token(info_, at_, end_));
     uint8_t kind = lex::class_of(*at_);
-    while (kind == lex::kSpace || kind == lex::kLineFeed) {
-      if (kind == lex::kLineFeed) ++info_->line;
-      kind = lex::class_of(*++at_);
-    }
+    while (kind == lex::kSpace) kind = lex::class_of(*++at_);
     if (kind == lex::kQuote) return string();
     const uint8_t state = lex::kNext[lex::kBetween][kind];
-    if (state < lex::kStates) return take(scan_token(info_, state, at_, at_ + 1));
+    if (state < lex::kStates) return take(scan_token(info_, state, at_, at_ + 1, end_));
     if (kind != lex::kEnd) ++at_;
     return static_cast<JsonToken>(state - lex::kStates);
   }
@@ -60,14 +60,20 @@ class JsonLexer {
   // At the end of a piece: a token has begun and is not complete.
   bool in_token() const { return info_->lexer != lex::kBetween; }
 
+  // Adds the lines read so far in this piece to the line counter, which only a diagnostic or a
+  // further piece has use for.
+  void count_lines() {
+    for (const char* at = begin_; at != at_; ++at)
+      if (*at == '\n') ++info_->line;
+  }
+
  private:
-  JsonToken string() {
-    const char* const begin = ++at_;
-    uint8_t kind = lex::class_of(*at_);
-    while (kind > lex::kLastSpecialInString) kind = lex::class_of(*++at_);
-    if (kind != lex::kQuote) return take(scan_token(info_, lex::kString, begin, at_));
-    text_ = {begin, static_cast<size_t>(at_ - begin)};
-    ++at_;
+  __attribute__((always_inline)) JsonToken string() {
+    const char* const begin = at_ + 1;
+    const char* const end = end_of_plain_run(begin, end_);
+    if (*end != '"') return take(scan_token(info_, lex::kString, begin, end, end_));
+    text_ = {begin, static_cast<size_t>(end - begin)};
+    at_ = end + 1;
     return JsonToken::kString;
   }
 
@@ -78,7 +84,7 @@ class JsonLexer {
   }
 
   json_jpi_t* info_;
-  const char* at_;
+  const char *begin_, *at_, *end_;
   std::string_view text_;
 };
 

@@ -29,9 +29,10 @@ inline json_t* new_text_node(uint32_t kind, std::string_view text) {
   if (text.size() > SIZE_MAX - sizeof(json_t) - 1) return fail<json_t*>(ENOMEM);
   auto* node = static_cast<json_t*>(malloc(sizeof(json_t) + text.size() + 1));
   if (!node) return nullptr;
-  *node = {kind, inline_text(node), nullptr, nullptr, nullptr, nullptr, nullptr};
-  memcpy(node->text, text.data(), text.size());
-  node->text[text.size()] = '\0';
+  char* copy = inline_text(node);
+  memcpy(copy, text.data(), text.size());
+  copy[text.size()] = '\0';
+  *node = {kind, copy, nullptr, nullptr, nullptr, nullptr, nullptr};
   return node;
 }
 

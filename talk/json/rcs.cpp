@@ -2,10 +2,12 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "base/owned.h"
 #include "fairlead/talk/json.h"
 #include "talk/json/assertion.h"
+#include "talk/json/growing_text.h"
 
 namespace {
 
@@ -77,10 +79,8 @@ extern "C" char* rcs_unwrap(rcs_t* rcs) {
   NODE_ASSERT_GIVEN(rcs);
   OwnedText text(rcs->text);
   free(rcs);
-  char* trimmed = static_cast<char*>(realloc(text.get(), strlen(text.get()) + 1));
-  if (!trimmed) return text.release();
-  static_cast<void>(text.release());
-  return trimmed;
+  const size_t size = strlen(text.get()) + 1;
+  return fairlead::trim(std::move(text), size);
 }
 
 extern "C" void rcs_free(rcs_t** rcs) {

@@ -37,9 +37,8 @@ class TextOutput {
   char* take() {
     put('\0');
     if (failed_) return nullptr;
-    void* const trimmed = realloc(begin_, static_cast<size_t>(at_ - begin_));
-    if (trimmed) begin_ = static_cast<char*>(trimmed);
-    return std::exchange(begin_, nullptr);
+    const auto size = static_cast<size_t>(at_ - begin_);
+    return fairlead::trim(fairlead::OwnedText(std::exchange(begin_, nullptr)), size);
   }
 
  private:

@@ -2,6 +2,7 @@
 #include <cerrno>
 #include <string>
 
+#include "fairlead/talk/node.h"
 #include "json_support.h"
 
 namespace {
@@ -203,6 +204,25 @@ TEST_F(JsonNodeTest, free_value_inside_a_tree_removes_it_cleanly) {
   json_t* last = tree->child_end;
   json_free_value(&last);
   EXPECT_EQ("{}", text_of(tree));
+}
+
+// A text lies in its node's block until a longer one is set.
+TEST_F(JsonNodeTest, free_value_frees_a_text_that_was_replaced) {
+  Tree tree = parsed(R"({"inside":1,"outside":2})");
+  EXPECT_EQ(1, AxpSet(tree->child, tree->child->text + 2));
+  EXPECT_EQ(1, AxpSet(tree->child_end, "a text that is longer than before"));
+  EXPECT_EQ(1, AxpSet(tree->child_end, tree->child_end->text + 7));
+  EXPECT_EQ(R"({"side":1,"that is longer than before":2})", text_of(tree));
+}
+
+TEST_F(JsonNodeTest, set_gives_a_node_without_text_one) {
+  Tree tree(json_new_object());
+  json_t* label = json_new_value(JSON_STRING);
+  json_insert_child(tree.get(), label);
+  json_insert_child(label, json_new_true());
+  EXPECT_EQ(1, AxpSet(label, ""));
+  EXPECT_EQ(1, AxpSet(label, "a"));
+  EXPECT_EQ(R"({"a":true})", text_of(tree));
 }
 
 TEST_F(JsonNodeTest, free_value_aborts_without_a_node) {
