@@ -89,7 +89,7 @@ void write_syslog(const Call& call, const char* message, const Details& details)
                                                                 const char* format,
                                                                 va_list arguments) {
   char message[kMessageSize];
-  if (vsnprintf(message, sizeof message, format, arguments) < 0) message[0] = '\0';
+  if (!format || vsnprintf(message, sizeof message, format, arguments) < 0) message[0] = '\0';
   const Details details(call);
   if (call.goes_to(LOG_MODE_CONSOLE)) write_console(call, message, details);
   if (call.goes_to(LOG_MODE_SYSLOG)) write_syslog(call, message, details);
@@ -107,7 +107,7 @@ extern "C" void LogWrite(uint32_t word, const char* file, int line, const char* 
   const Call call = {word, mode, error, file ? file : "", line};
   va_list arguments;
   va_start(arguments, format);
-  write_message(call, format ? format : "", arguments);
+  write_message(call, format, arguments);
   va_end(arguments);
   if (call.wants(LOG_EXIT)) exit(-1);
   // Only the console's report of a lack of memory leaves its mark.

@@ -45,6 +45,6 @@ constexpr uint64_t data_offset_of(uint64_t capacity) {
   return sizeof(StoreHeader) + capacity * sizeof(StoreRecord);
 }
 
-static_assert(data_offset_of(100) + 100 * 256 == 32828);
+static_assert(data_offset_of(100) + 25600 == 32828);
 
 }  // namespace fairlead

@@ -11,6 +11,10 @@ namespace {
 using namespace fairlead_test;
 using std::string;
 
+// Of a store for four values of 64 bytes together.
+constexpr uint32_t kValueArea = 28 + 4 * 72;
+constexpr uint32_t kStoreSize = kValueArea + 64;
+
 class GvalueCorruptTest : public GvalueTest {
  protected:
   void SetUp() override {
@@ -32,8 +36,8 @@ class GvalueCorruptTest : public GvalueTest {
       const int size = GvalueSize(store_, name);
       EXPECT_EQ(address == nullptr, size < 0);
       if (!address) continue;
-      ASSERT_GE(address, begin + 28 + 4 * 72);
-      ASSERT_LE(address + size, begin + 28 + 4 * 72 + 64);
+      ASSERT_GE(address, begin + kValueArea);
+      ASSERT_LE(address + size, begin + kStoreSize);
     }
     vessel_t* list = GvalueList(store_);
     if (list) TalkFree(list);
@@ -60,7 +64,7 @@ TEST_F(GvalueCorruptTest, a_header_that_changed_reads_as_empty_and_refuses_to_se
 
 TEST_F(GvalueCorruptTest, a_record_that_points_outside_reads_as_absent) {
   const size_t offset = 28 + 64, size = 28 + 68;
-  const uint32_t begin = 28 + 4 * 72;
+  const uint32_t begin = kValueArea;
   for (auto [odd_offset, odd_size] : {std::pair<uint32_t, uint32_t>{begin - 1, 4},
                                       {0, 4},
                                       {begin, 65},
@@ -98,7 +102,7 @@ TEST_F(GvalueCorruptTest, a_negative_count_finds_nothing) {
 
 TEST_F(GvalueCorruptTest, no_bytes_whatever_lead_outside) {
   std::mt19937 random(1);
-  const string whole(static_cast<char*>(store_->address), 28 + 4 * 72 + 64);
+  const string whole(static_cast<char*>(store_->address), kStoreSize);
   const uint32_t odd[] = {0, 1, 4, 28, 72, 64, 316, 380, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
   for (int round = 0; round < 20000; ++round) {
     memcpy(store_->address, whole.data(), whole.size());
@@ -130,7 +134,7 @@ TEST_F(GvalueCorruptTest, a_writer_that_scrambles_the_store_meanwhile_does_no_ha
     set(store_, "one", "some value");
     const char* address = static_cast<const char*>(GvalueGet(store_, "one"));
     const char* begin = static_cast<const char*>(store_->address);
-    ASSERT_TRUE(!address || (address >= begin && address <= begin + 28 + 4 * 72 + 64));
+    ASSERT_TRUE(!address || (address >= begin && address <= begin + kStoreSize));
   }
   stop.open();
   EXPECT_EQ(0, scrambler.wait().status);

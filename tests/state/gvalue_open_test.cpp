@@ -297,6 +297,7 @@ TEST_F(GvalueOpenTest, processes_that_start_at_once_share_one_store) {
     const string name = "round" + std::to_string(round);
     Gate start;
     std::vector<std::unique_ptr<Child>> children;
+    children.reserve(kProcesses);
     for (int i = 0; i < kProcesses; ++i)
       children.push_back(std::make_unique<Child>([&, i] {
         start.wait();
