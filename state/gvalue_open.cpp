@@ -31,7 +31,7 @@ constexpr uint64_t kBytesPerRecord = 256;
 constexpr mode_t kDefaultMode = 0660;
 constexpr uint64_t kLargestFile = INT32_MAX;  // value offsets and sizes are 32-bit numbers
 constexpr int kAttempts = 8;  // each is lost to another process that removed the file
-constexpr int kLooks = 20;    // at an empty file, before its maker counts as dead
+constexpr int kLooks = 100;   // at an empty file, before its maker counts as dead
 constexpr timespec kLookPause = {0, 1000000};
 
 struct Geometry {
