@@ -1,4 +1,5 @@
-// What the tests of child calls share: a SIGCHLD handler of the test's own, log lines, answers as text.
+// What the tests of child calls share: a SIGCHLD handler of the test's own, log lines, answers as
+// text.
 #pragma once
 
 #include <csignal>
@@ -13,7 +14,8 @@ namespace fairlead_test {
 class ChannelTest : public DeviceTest {
  protected:
   void SetUp() override {
-    // A child call leaves an empty handler where there was none; with one of our own the census can compare.
+    // A child call leaves an empty handler where there was none; with one of our own the census can
+    // compare.
     signal_register(SIGCHLD, count_signal);
     signals_ = 0;
     ASSERT_EQ(1, GlogOpen("test", LOG_MODE_CONSOLE, 7));
@@ -26,7 +28,7 @@ class ChannelTest : public DeviceTest {
     signal(SIGCHLD, SIG_DFL);
   }
 
-  static void count_signal(int) { ++signals_; }
+  static void count_signal(int) { signals_ = signals_ + 1; }
 
   // What the action logs, its children included.
   template <class Action>
