@@ -1,0 +1,86 @@
+// A project's default configuration, installed and removed.
+#include <unistd.h>
+
+#include "config_support.h"
+#include "support/capture.h"
+
+namespace {
+
+using fairlead_test::exists;
+using fairlead_test::file_content;
+using fairlead_test::put_file;
+
+class ConfigInstallTest : public fairlead_test::ConfigTest {
+ protected:
+  template <class Action>
+  static std::string printed(Action action) {
+    return fairlead_test::capture(action).out;
+  }
+};
+
+TEST_F(ConfigInstallTest, files_are_copied_and_told_on_the_console) {
+  put_file("/prj/net/wan.cfg", "{\"mtu\":\"1500\"}");
+  const std::string out = printed([] { EXPECT_EQ(1, ConfigInstall("net")); });
+  EXPECT_EQ("{\"mtu\":\"1500\"}", file_content("/etc/config/net/wan.cfg"));
+  EXPECT_EQ("info: install a config /prj/net/wan.cfg to /etc/config/net/wan.cfg by net\n", out);
+  EXPECT_FALSE(exists("/etc/config/version"));
+}
+
+TEST_F(ConfigInstallTest, an_existing_file_is_overwritten) {
+  put_file("/prj/net/wan.cfg", "{}");
+  put_file("/etc/config/net/wan.cfg", "{\"long\":\"content\"}");
+  printed([] { EXPECT_EQ(1, ConfigInstall("net")); });
+  EXPECT_EQ("{}", file_content("/etc/config/net/wan.cfg"));
+}
+
+TEST_F(ConfigInstallTest, two_files_of_one_stem_install_one_configuration) {
+  put_file("/prj/net/wan.cfg", "{}");
+  put_file("/prj/net/wan.cfg.orig", "{}");
+  printed([] { EXPECT_EQ(1, ConfigInstall("net")); });
+  EXPECT_EQ(1, dir_sum("/etc/config/net"));
+  EXPECT_TRUE(exists("/etc/config/net/wan.cfg"));
+}
+
+TEST_F(ConfigInstallTest, nothing_to_install_gives_0) {
+  EXPECT_EQ(0, ConfigInstall(nullptr));
+  EXPECT_EQ(0, ConfigInstall("none"));
+  fairlead_test::make_directories("/prj/empty");
+  EXPECT_EQ(0, ConfigInstall("empty"));
+}
+
+TEST_F(ConfigInstallTest, a_folder_that_cannot_be_made_skips_its_files_silently) {
+  put_file("/prj/net/wan.cfg", "{}");
+  put_file("/etc/config/net", "a file");
+  unlink("/etc/config/net");
+  ASSERT_EQ(0, symlink("/nowhere/at/all", "/etc/config/net"));
+  EXPECT_EQ("", printed([] { EXPECT_EQ(0, ConfigInstall("net")); }));
+}
+
+TEST_F(ConfigInstallTest, uninstall_removes_files_and_folder) {
+  put_file("/etc/config/net/wan.cfg", "{}");
+  put_file("/etc/config/net/.wan.cfg.saving", "left by a kill");
+  const std::string out = printed([] { EXPECT_EQ(1, ConfigUninstall("net")); });
+  EXPECT_FALSE(exists("/etc/config/net"));
+  EXPECT_EQ("info: uninstall a config /etc/config/net/wan.cfg by net\n", out);
+}
+
+TEST_F(ConfigInstallTest, a_hidden_file_keeps_the_folder) {
+  put_file("/etc/config/net/wan.cfg", "{}");
+  put_file("/etc/config/net/.mine", "x");
+  printed([] { EXPECT_EQ(0, ConfigUninstall("net")); });
+  EXPECT_FALSE(exists("/etc/config/net/wan.cfg"));
+  EXPECT_TRUE(exists("/etc/config/net/.mine"));
+}
+
+TEST_F(ConfigInstallTest, a_sub_folder_survives) {
+  put_file("/etc/config/net/deep/x.cfg", "{}");
+  printed([] { EXPECT_EQ(0, ConfigUninstall("net")); });
+  EXPECT_TRUE(exists("/etc/config/net/deep/x.cfg"));
+}
+
+TEST_F(ConfigInstallTest, uninstall_of_nothing_gives_0) {
+  EXPECT_EQ(0, ConfigUninstall(nullptr));
+  EXPECT_EQ(0, ConfigUninstall("none"));
+}
+
+}  // namespace

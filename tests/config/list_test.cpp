@@ -1,0 +1,70 @@
+// Listings of the configuration store.
+#include <unistd.h>
+
+#include "config_support.h"
+
+namespace {
+
+using fairlead_test::put_file;
+
+class ConfigListTest : public fairlead_test::ConfigTest {
+ protected:
+  static std::string listed(vessel_t* listing) {
+    char* text = listing ? VesselString(listing) : nullptr;
+    const std::string result = text ? text : "<null>";
+    free(text);
+    TalkFree(listing);
+    return result;
+  }
+};
+
+TEST_F(ConfigListTest, files_and_folders_are_listed_as_a_tree) {
+  put_file("/etc/config/net/wan.cfg", "{}");
+  EXPECT_EQ("{\"net\":{\"wan\":\"/etc/config/net/wan.cfg\"}}", listed(ConfigList(nullptr)));
+  EXPECT_EQ("{\"wan\":\"/etc/config/net/wan.cfg\"}", listed(ConfigList("net")));
+}
+
+TEST_F(ConfigListTest, hidden_names_and_other_files_are_left_out) {
+  for (const char* name : {".a.cfg", ".a.cfg.saving", "version", "notes.txt"})
+    put_file(std::string("/etc/config/") + name, "x");
+  EXPECT_EQ("{}", listed(ConfigList(nullptr)));
+}
+
+TEST_F(ConfigListTest, the_extension_counts_anywhere_in_the_name) {
+  put_file("/etc/config/a.cfg.bak", "{}");
+  EXPECT_EQ("{\"a\":\"/etc/config/a.cfg.bak\"}", listed(ConfigList(nullptr)));
+}
+
+TEST_F(ConfigListTest, two_files_of_one_stem_are_one_member) {
+  put_file("/etc/config/a.cfg", "{}");
+  put_file("/etc/config/a.cfg.bak", "{}");
+  vessel_t* listing = ConfigList(nullptr);
+  EXPECT_EQ(1, VesselCount(listing));
+  TalkFree(listing);
+}
+
+TEST_F(ConfigListTest, an_empty_folder_is_an_empty_object) {
+  fairlead_test::make_directories("/etc/config/empty");
+  EXPECT_EQ("{\"empty\":{}}", listed(ConfigList(nullptr)));
+}
+
+TEST_F(ConfigListTest, what_cannot_be_opened_gives_null) {
+  EXPECT_EQ("<null>", listed(ConfigList("none")));
+  EXPECT_EQ("<null>", listed(config_list_all("/etc/config/none")));
+  EXPECT_EQ(nullptr, config_list_all(nullptr));
+}
+
+TEST_F(ConfigListTest, a_dangling_link_is_left_out) {
+  ASSERT_EQ(0, symlink("nowhere", "/etc/config/x.cfg"));
+  EXPECT_EQ("{}", listed(ConfigList(nullptr)));
+}
+
+TEST_F(ConfigListTest, a_loop_of_links_ends) {
+  ASSERT_EQ(0, symlink(".", "/etc/config/self"));
+  put_file("/etc/config/a.cfg", "{}");
+  vessel_t* listing = ConfigList(nullptr);
+  EXPECT_EQ(2, VesselCount(listing));
+  TalkFree(listing);
+}
+
+}  // namespace
