@@ -2,6 +2,7 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS fairlead EXPORT fairlead LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS he RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/fairlead DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(EXPORT fairlead NAMESPACE fairlead:: FILE fairleadTargets.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/fairlead)

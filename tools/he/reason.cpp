@@ -1,0 +1,82 @@
+// Reasons, one line each: what was asked and why it failed.
+#include "tools/he/reason.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "fairlead/adp/handle.h"
+#include "fairlead/adp/project.h"
+#include "fairlead/talk/node.h"
+
+namespace he {
+namespace {
+
+using fairlead::OwnedTalk;
+
+// Only these say something about a refused write: others may be left from a lookup on the way.
+constexpr int kTellingErrors[] = {EACCES, EPERM, EROFS,  ENOSPC, EDQUOT, EBUSY,
+                                  EIO,    EFBIG, EMFILE, ENFILE, ENOMEM};
+
+bool telling(int error) {
+  return std::find(std::begin(kTellingErrors), std::end(kTellingErrors), error) !=
+         std::end(kTellingErrors);
+}
+
+int adapter_type(const Asked& asked) {
+  char file[fairlead::kPathSize];
+  return AdpPath(nullptr, asked.object, file, sizeof file);
+}
+
+void tell_call_without_result(const Asked& asked) {
+  const int type = adapter_type(asked);
+  if (type == ADP_PURE)
+    return complain("%s: %s has no adapter, so no interfaces", asked.text, asked.object);
+  // Listing its interfaces would start a script a second time, and load a module into this process.
+  if (type == ADP_SHELL || asked.isolated) return complain("%s: nothing came back", asked.text);
+
+  OwnedTalk listing(AdpCallList(nullptr, asked.object));
+  if (!listing) return complain("%s: the adapter offers no interfaces", asked.text);
+  if (!VesselFind(listing.get(), asked.interface))
+    return complain("%s: %s has no interface '%s'", asked.text, asked.object, asked.interface);
+  complain("%s: nothing came back", asked.text);
+}
+
+void tell_empty_listing(const Asked& asked) {
+  if (adapter_type(asked) == ADP_PURE)
+    complain("%s: %s has no adapter, so no interfaces", asked.text, asked.object);
+  else
+    complain("%s: the adapter offers no interfaces", asked.text);
+}
+
+void tell_refused_write(const Asked& asked, int error) {
+  const char* what = asked.value ? "the set was refused" : "the deletion was refused";
+  if (telling(error)) return complain("%s: %s: %s", asked.text, what, strerror(error));
+  if (asked.value && asked.whole_object && RenderCheck(asked.value) &&
+      adapter_type(asked) == ADP_PURE)
+    return complain("%s: %s: the value of a whole object is a JSON object", asked.text, what);
+  complain("%s: %s", asked.text, what);
+}
+
+}  // namespace
+
+void tell_nothing(const Asked& asked) {
+  if (asked.kind == UII_CALL && asked.interface) return tell_call_without_result(asked);
+  if (asked.kind == UII_CALL) return tell_empty_listing(asked);
+  if (strcmp(asked.object, ".") == 0) return complain("no adapter is registered");
+  complain("nothing at %s", asked.text);
+}
+
+void tell_failure(const Asked& asked, int error) {
+  if (asked.kind == UII_CALL) return complain("%s: the call failed", asked.text);
+  if (asked.kind == UII_MERGE && !asked.value)
+    return complain("%s: there is no value to merge", asked.text);
+  if (asked.kind == UII_SET || asked.kind == UII_MERGE) return tell_refused_write(asked, error);
+  complain("%s: the adapter reports a failure", asked.text);
+}
+
+void tell_odd_answer(const Asked& asked) {
+  complain("%s: the answer is neither an object nor a text", asked.text);
+}
+
+}  // namespace he
