@@ -17,6 +17,7 @@
 namespace {
 
 constexpr size_t kLineSize = 1024;
+constexpr std::string_view kPrefix = "mtd";
 constexpr size_t kNodeSize = 32;  // what the callers' buffers hold at least
 
 struct Closer {
@@ -28,7 +29,6 @@ struct Closer {
 
 // The number of a line that begins with "mtd", a number and a colon.
 std::optional<int> partition_number(std::string_view line) {
-  constexpr std::string_view kPrefix = "mtd";
   if (line.rfind(kPrefix, 0) != 0) return {};
   line.remove_prefix(kPrefix.size());
   int number = -1;

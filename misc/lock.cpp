@@ -18,6 +18,12 @@ using fairlead::fail;
 using fairlead::HandlerScope;
 using fairlead::MaskScope;
 
+// A wart kept on purpose: lockfd_free hands the lock description to the operation for descriptor
+// flags, which takes its address for the flags. So no lock is released, and close-on-exec becomes
+// the lowest bit of the address. Daemons rely on the lock that stays.
+constexpr int kLowestAddressBit = 0;
+static_assert(alignof(struct flock) > 1);
+
 struct flock describe(int type, int start, int whence, int length) {
   struct flock lock = {};
   lock.l_type = type == 1 ? F_WRLCK : F_RDLCK;
@@ -62,10 +68,5 @@ extern "C" int lockfd_set(int fd, int type, int start, int whence, int length, i
 }
 
 extern "C" int lockfd_free(int fd, int, int, int, int) {
-  // A wart kept on purpose: the lock description goes to the operation for descriptor flags, which
-  // takes its address for the flags. So no lock is released, and close-on-exec becomes the lowest
-  // bit of the address. Daemons rely on the lock that stays.
-  constexpr int kLowestAddressBit = 0;
-  static_assert(alignof(struct flock) > 1);
   return fcntl(fd, F_SETFD, kLowestAddressBit) == 0 ? 1 : 0;
 }

@@ -32,13 +32,13 @@ TEST_F(ProcessNameTest, set_keeps_15_characters) {
   EXPECT_STREQ("0123456789abcde", name);
 }
 
-TEST_F(ProcessNameTest, null_fails_with_efault) {
+TEST_F(ProcessNameTest, both_refuse_null) {
   errno = 0;
   EXPECT_EQ(-1, set_proc_name(nullptr));
-  EXPECT_EQ(EFAULT, errno);
+  EXPECT_EQ(EINVAL, errno);
   errno = 0;
   EXPECT_EQ(-1, get_proc_name(nullptr));
-  EXPECT_EQ(EFAULT, errno);
+  EXPECT_EQ(EINVAL, errno);
 }
 
 TEST_F(ProcessNameTest, the_titles_are_entry_points_that_change_nothing) {

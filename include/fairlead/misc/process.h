@@ -59,11 +59,11 @@ void init_proc_title(void);
 void set_proc_title(void);
 
 /* Sets the name the kernel shows for this process; it keeps the first 15 characters.
- * Returns 0, or -1 with errno EFAULT: name null. */
+ * Returns 0, or -1 with errno EINVAL: name null. */
 int set_proc_name(const char* name);
 
 /* Copies that name to a buffer of at least 16 bytes, ended with NUL.
- * Returns 0, or -1 with errno EFAULT: buffer null. */
+ * Returns 0, or -1 with errno EINVAL: buffer null. */
 int get_proc_name(char* buffer);
 
 /* A record lock is named by these five: the descriptor; type 1 for a write lock (needs a descriptor
