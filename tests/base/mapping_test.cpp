@@ -2,9 +2,9 @@
 #include "base/mapping.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cstring>
+#include <string>
 #include <type_traits>
 
 #include "base/descriptor.h"
@@ -34,8 +34,8 @@ class MappingTest : public fairlead_test::DeviceTest {
 
   Mapping mapped() { return Mapping(file_.get(), kSize, PROT_READ | PROT_WRITE); }
 
-  static bool is_mapped(const void* address) {
-    return msync(const_cast<void*>(address), 1, MS_ASYNC) == 0;
+  static bool is_mapped() {
+    return fairlead_test::file_content("/proc/self/maps").find(kPath) != std::string::npos;
   }
 
   Descriptor file_;
@@ -58,13 +58,11 @@ TEST_F(MappingTest, what_is_written_through_it_is_in_the_file) {
 }
 
 TEST_F(MappingTest, ends_with_its_block) {
-  const void* address;
   {
     const Mapping mapping = mapped();
-    address = mapping.address();
-    EXPECT_TRUE(is_mapped(address));
+    EXPECT_TRUE(is_mapped());
   }
-  EXPECT_FALSE(is_mapped(address));
+  EXPECT_FALSE(is_mapped());
 }
 
 TEST_F(MappingTest, a_refused_one_is_false_with_errno) {
@@ -82,7 +80,7 @@ TEST_F(MappingTest, moving_hands_it_over) {
   Mapping third;
   third = std::move(second);
   EXPECT_EQ(address, third.address());
-  EXPECT_TRUE(is_mapped(address));
+  EXPECT_TRUE(is_mapped());
 }
 
 TEST_F(MappingTest, release_keeps_it_mapped) {
@@ -92,7 +90,7 @@ TEST_F(MappingTest, release_keeps_it_mapped) {
     address = mapping.release();
     EXPECT_FALSE(mapping);
   }
-  EXPECT_TRUE(is_mapped(address));
+  EXPECT_TRUE(is_mapped());
   munmap(address, kSize);
 }
 

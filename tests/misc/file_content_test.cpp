@@ -1,5 +1,4 @@
 // Whole files, compared and copied.
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <climits>
@@ -118,7 +117,7 @@ TEST_F(FileContentTest, cmp_goes_on_after_short_and_interrupted_reads) {
 }
 
 TEST_F(FileContentTest, cmp_counts_a_file_that_tells_no_size_as_empty) {
-  EXPECT_EQ(0, file_cmp("/proc/self/status", "/proc/self/maps"));
+  EXPECT_EQ(0, file_cmp("/proc/version", "/proc/loadavg"));
   ASSERT_EQ(0, mkfifo(kA, 0600));
   put_file(kB, "");
   EXPECT_EQ(0, file_cmp(kA, kB));

@@ -192,17 +192,14 @@ TEST_F(LockTest, set_goes_on_waiting_when_the_handler_restarts_calls) {
 TEST_F(LockTest, set_does_not_miss_an_alarm_that_comes_just_before_the_wait) {
   Holder holder(kPath);
   // Runs between the arming of the alarm and the blocking call, until the second is over.
-  signal_function_t former = signal_register(SIGUSR1, [](int) {
+  misc_test::PlainHandler slow(SIGUSR1, [](int) {
     Stopwatch watch;
     while (watch.seconds() < 1.2) usleep(1000);
   });
-  {
-    Fault late(Call::kFcntl, {.nth = 2, .signal = SIGUSR1});
-    EXPECT_EQ(0, set(1, 1));
-    EXPECT_EQ(EBUSY, errno);
-    EXPECT_TRUE(late.fired());
-  }
-  signal_register(SIGUSR1, former);
+  Fault late(Call::kFcntl, {.nth = 2, .signal = SIGUSR1});
+  EXPECT_EQ(0, set(1, 1));
+  EXPECT_EQ(EBUSY, errno);
+  EXPECT_TRUE(late.fired());
 }
 
 TEST_F(LockTest, set_leaves_the_signal_state_alone_when_the_lock_is_free) {

@@ -85,6 +85,29 @@ class Stopwatch {
   std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
 };
 
+// A plain handler until the end of the block; the former action comes back whole.
+class PlainHandler {
+ public:
+  PlainHandler(int number, void (*handler)(int)) : number_(number) {
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    sigaction(number_, &action, &former_);
+  }
+  ~PlainHandler() { sigaction(number_, &former_, nullptr); }
+  PlainHandler(const PlainHandler&) = delete;
+  PlainHandler& operator=(const PlainHandler&) = delete;
+
+  void (*in_force() const)(int) {
+    struct sigaction now = {};
+    sigaction(number_, nullptr, &now);
+    return now.sa_handler;
+  }
+
+ private:
+  int number_;
+  struct sigaction former_ = {};
+};
+
 // A handler of the caller's with everything a caller can ask for; the former one comes back.
 class CallersHandler {
  public:
@@ -168,7 +191,8 @@ inline bool becomes(const volatile sig_atomic_t& value, int wanted) {
   return value == wanted;
 }
 
-// A set of signals out of a process' status file.
+// A set of signals out of a process' status file. It has the numbers of the machine's kernel, which
+// under emulation are those of the target for the classic ones only, such as SIGHUP or SIGALRM.
 inline uint64_t signal_set(const std::string& path, const std::string& name) {
   std::ifstream status(path);
   for (std::string line; std::getline(status, line);)

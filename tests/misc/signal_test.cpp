@@ -12,6 +12,7 @@ volatile sig_atomic_t last_signal = 0;
 void remember(int number) { last_signal = number; }
 
 TEST_F(SignalTest, register_installs_the_handler_and_returns_the_one_before) {
+  misc_test::PlainHandler kept(SIGUSR1, SIG_DFL);
   EXPECT_EQ(SIG_DFL, signal_register(SIGUSR1, remember));
   raise(SIGUSR1);
   EXPECT_EQ(SIGUSR1, last_signal);
@@ -32,14 +33,14 @@ TEST_F(SignalTest, register_asks_for_no_restart_and_blocks_nothing_else) {
 TEST_F(SignalTest, register_makes_a_slow_call_fail_with_eintr) {
   int ends[2];
   ASSERT_EQ(0, pipe2(ends, O_CLOEXEC));
-  signal_function_t former = signal_register(SIGALRM, signal_handler);
   {
+    misc_test::CallersHandler former(SIGALRM);
+    signal_register(SIGALRM, signal_handler);
     misc_test::CallersAlarm alarm({{0, 10000}, {0, 10000}});
     char byte;
     EXPECT_EQ(-1, read(ends[0], &byte, 1));
     EXPECT_EQ(EINTR, errno);
   }
-  signal_register(SIGALRM, former);
   close(ends[0]);
   close(ends[1]);
 }

@@ -1,5 +1,4 @@
 // A number or a text as the whole content of a file.
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cwchar>
