@@ -8,6 +8,10 @@ consumer=$(dirname "$0")/consumer
 "$cmake" --install "$build" --prefix /tmp/installed >/tmp/install.log
 find /tmp/installed -type f | sort
 
+echo "the request tool finds the library beside it:"
+/tmp/installed/bin/he 'net:lan/ip=10.0.0.1'
+[ "$(/tmp/installed/bin/he net:lan/ip)" = 10.0.0.1 ]
+
 echo "found by CMake:"
 "$cmake" -G Ninja -S "$consumer" -B /tmp/by-cmake -DCMAKE_PREFIX_PATH=/tmp/installed -DCMAKE_C_COMPILER="$compiler" \
   -DCMAKE_C_FLAGS="$flags" -DCMAKE_LIBRARY_ARCHITECTURE="$architecture" >/tmp/configure.log ||

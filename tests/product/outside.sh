@@ -1,7 +1,8 @@
 #!/bin/sh
-# outside.sh DEVICE-ROOT TEST-PROGRAM: programs that write to every private place leave nothing on the machine.
+# outside.sh DEVICE-ROOT PROGRAM ARGUMENT...: programs that write to every private place leave nothing on the machine.
 set -u
-device_root=$1 program=$2
+device_root=$1
+shift
 here=$(cd "$(dirname "$0")" && pwd)
 name=fairlead-outside-$$
 # The places the library and the tests write to. Other programs of the machine use "/tmp" at the same time, so there
@@ -14,7 +15,7 @@ state() {
 
 before=$(state)
 written=$("$device_root" "$here/writes_everywhere.sh" "$name") || { echo "the private root did not run"; exit 1; }
-told=$("$device_root" "$program" 2>&1) || { echo "$told"; echo "$program failed"; exit 1; }
+told=$("$device_root" "$@" 2>&1) || { echo "$told"; echo "$1 failed"; exit 1; }
 after=$(state)
 
 status=0

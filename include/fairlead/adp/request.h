@@ -24,30 +24,23 @@
 FAIRLEAD_API_BEGIN
 
 /* Serves an identifier by its form:
- *
- *   object.              lists the interfaces of the object
- *   object.name[...]     calls an interface: status 1 for TALK_DONE, -1 for TALK_FAILED, 0 for
- *                        nothing, an object or a string, -1 for a document of any other kind
- *   object:path=value    sets, unless the value is there already; no value: deletes the path
- *   object:path|value    merges an object's members into the stored object; any other value is set
- *   object:path          reads
- *   :   .   ?            list all configurations, registrations, adapters of the projects
- *
- * Without ":path" the whole object is meant. The identifier stays the caller's, and so does its
- * value. */
+ *   object.            the interfaces of the object
+ *   object.name[...]   the interface's answer: status 1 and -1 for TALK_DONE and TALK_FAILED, 0 for
+ * nothing, an object or a string, -1 for a document of any other kind object:path=value  set,
+ * unless the value is there already; without a value the path is deleted object:path|value  merge:
+ * an object's members into the stored object, anything else like a set object:path        the value
+ *   :  .  ?            all configurations, all registrations, all adapters of the projects
+ * The identifier stays the caller's, and so does its value. */
 int32_t He(uii_t* identifier, talk_t** out);
 int32_t SecureHe(uii_t* identifier, talk_t** out);
 
-/* Serves a request document, which is only read. A string is an identifier. An object has members:
- *
- *   "adp"        the object path; required
- *   "op"         absent, "", "=..." or "|...": a data request; else the interface to call
- *   "ab"         the configuration path; absent: the whole object
- *   "v"          the value to set ("op" begins with "=") or to merge (otherwise); absent: read
- *   "1" to "20"  the parameters of a call by position; missing ones before the last are empty
- *
- * A call's document gives status 0, whatever its kind. Returns -1 and leaves *out alone when the
- * request is neither string nor object, its identifier does not parse, or "adp" is missing. */
+/* Serves a request document, which is only read. A string is an identifier. An object has the
+ * members "adp"        the object path, required "op"         absent, "", "=..." or "|...": a data
+ * request; other text is the interface to call "ab"         the configuration path; absent: the
+ * whole object "v"          the value to set ("op" begins with "=") or to merge (otherwise);
+ * absent: read "1" to "20"  the parameters of a call, by position; missing ones before the last are
+ * empty A call's document gives status 0 whatever its kind. Returns -1 and leaves *out alone when
+ * the request is no string or object, its identifier does not parse, or "adp" is missing. */
 int32_t TalkHe(talk_t* request, talk_t** out);
 int32_t SecureTalkHe(talk_t* request, talk_t** out);
 

@@ -1,0 +1,39 @@
+/* use_state.c - shared values, joints and the list. */
+#include <stdint.h>
+
+#include "check.h"
+#include "fairlead/state.h"
+#include "fairlead/talk.h"
+
+static void share_a_value(void) {
+  const uint32_t level = 7;
+  gvalue_t* store = GvalueCreate("example");
+  CHECK(store != NULL);
+  CHECK(GvalueSet(store, "level", &level, sizeof level) == 1);
+  CHECK(GvalueSize(store, "level") == (int)sizeof level);
+  const uint32_t* shared = GvalueGet(store, "level");
+  CHECK(shared && *shared == level);
+  vessel_t* list = GvalueList(store);
+  CHECK_TEXT("4", VesselGetS(list, "level"));
+  TalkFree(list);
+}
+
+struct element {
+  glink_t link;
+  char name;
+};
+
+static void line_up(void) {
+  glink_t list = {0};
+  struct element a = {.name = 'a'}, b = {.name = 'b'};
+  CHECK(GlinkPut(&list, &a.link) == 1);
+  CHECK(GlinkInsert(&list, &b.link, &a.link) == 1);
+  CHECK(((struct element*)GlinkGet(&list))->name == 'b');
+  CHECK(GlinkDelete(&list, &a.link) == 1);
+  CHECK(GlinkIsEmpty(&list) == 1);
+}
+
+void use_state(void) {
+  share_a_value();
+  line_up();
+}
