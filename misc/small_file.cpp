@@ -46,7 +46,7 @@ __attribute__((format(printf, 3, 0))) int write_text(const char* path, int flags
   size_t length = 0;
   const fairlead::OwnedText text = fairlead::format_text(format, arguments, &length);
   if (!text) return -1;
-  LockedFile file(path, O_RDWR | O_CREAT | flags, kMode);
+  LockedFile file(path, O_RDWR | O_CREAT | O_NONBLOCK | flags, kMode);
   if (!file) return -1;
   return static_cast<int>(write(file.get(), text.get(), length));
 }

@@ -23,9 +23,12 @@ constexpr const char* kTable =
 // takes a mount namespace, else a user namespace in which one is root.
 bool hide_proc_and_dev() {
   const uid_t user = getuid();
+  const gid_t group = getgid();
   if (unshare(CLONE_NEWNS) != 0) {
     if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
+    put_file("/proc/self/setgroups", "deny");
     put_file("/proc/self/uid_map", "0 " + std::to_string(user) + " 1");
+    put_file("/proc/self/gid_map", "0 " + std::to_string(group) + " 1");
   }
   return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
          mount("none", "/proc", "tmpfs", 0, nullptr) == 0 &&

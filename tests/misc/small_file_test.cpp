@@ -208,7 +208,7 @@ TEST_F(SmallFileTest, read_string_waits_a_second_for_the_lock) {
   EXPECT_EQ(EBUSY, errno);
 }
 
-TEST_F(SmallFileTest, no_reader_and_no_writer_of_a_number_waits_for_a_fifo) {
+TEST_F(SmallFileTest, nothing_waits_for_the_other_end_of_a_fifo) {
   ASSERT_EQ(0, mkfifo(kPath, 0600));
   EXPECT_EQ(nullptr, read_string(kPath, nullptr, 0));
   EXPECT_EQ(ENODATA, errno);
@@ -216,6 +216,12 @@ TEST_F(SmallFileTest, no_reader_and_no_writer_of_a_number_waits_for_a_fifo) {
   EXPECT_EQ(ENODATA, errno);
   EXPECT_EQ(-1, write_int(kPath, 1));
   EXPECT_EQ(ENXIO, errno);
+  const std::string more_than_a_pipe_holds(2000000, 'x');
+  for (auto* function : {write_string, append_string}) {
+    const int written = function(kPath, "%s", more_than_a_pipe_holds.c_str());
+    EXPECT_GT(written, 0);
+    EXPECT_LT(written, 2000000);
+  }
 }
 
 // write_string, append_string

@@ -235,6 +235,15 @@ TEST_F(SystemCallTest, gives_the_command_the_callers_mask_and_ignored_signals) {
   EXPECT_EQ(0u, signal_set("/tmp/status", "SigCgt"));
 }
 
+// Before it becomes the command, the child shares this process' memory.
+TEST_F(SystemCallTest, no_handler_of_the_caller_runs_in_the_child) {
+  CallersHandler handler(SIGUSR1);
+  Fault fault(Call::kOpen, {.signal = SIGUSR1});  // on its way to /dev/null
+  EXPECT_EQ(-1, system_call(60, 1, "true"));
+  EXPECT_EQ(0, errno);
+  EXPECT_EQ(0, CallersHandler::calls);
+}
+
 TEST_F(SystemCallTest, puts_handlers_flags_and_mask_back) {
   CallersHandler quit(SIGQUIT), interrupt(SIGINT, SA_SIGINFO | SA_NODEFER), alarm(SIGALRM);
   CallersHandler child(SIGCHLD, SA_SIGINFO | SA_NOCLDSTOP);

@@ -5,7 +5,8 @@
  * wanted: write_int and file_copy take no lock, write_string empties the file before it has its
  * lock. Closing ends all locks the process has on the same file, so a file that is locked for long
  * must not be read with these.
- * No call waits for a FIFO: without another end it reads as empty, or fails with ENXIO.
+ * No call waits for the other end of a FIFO, except for sm_open when its flags say so: such a file
+ * reads as empty, takes what its pipe holds, or fails with ENXIO.
  * Threads: not guarded; read_string has a static buffer, and waits change the signal state as
  * process.h says. Fork: nothing is kept open. All descriptors are close-on-exec. Nothing here logs.
  */
