@@ -54,10 +54,10 @@ int write_string(const char* path, const char* format, ...) __attribute__((forma
 int append_string(const char* path, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 /* Compares two files under read locks.
- * Returns 0 when their contents are equal, 1 when they differ at equal sizes; -1 when the sizes
- * differ (errno untouched unless a lock was waited for), when less can be read than the size
- * promised, or with errno: EINVAL a path null or empty | EBUSY locked | as open(2), fstat(2) or
- * read(2) leave it. A file that tells no size, such as those in /proc, counts as empty. */
+ * Returns 0 when their contents are equal, 1 when they differ at equal sizes; -1, with no errno of
+ * its own, when the sizes differ or less can be read than the size promised; -1 with errno: EINVAL
+ * a path null or empty | EBUSY locked | as open(2), fstat(2) or read(2) leave it. A file that tells
+ * no size, such as those in /proc, counts as empty. */
 int file_cmp(const char* a, const char* b);
 
 /* Copies a file without locks, in blocks of 4096 bytes. A missing destination gets the permissions
