@@ -44,8 +44,7 @@ bool watch_child(const Child& child, bool& drain) {
 extern "C" talk_t* pipe_fdtalk(int fd, const sigset_t* wait_mask, const sigset_t* outside_mask,
                                const char* name, pid_t pid, int32_t* reaped) {
   AnswerBuffer answer;
-  if (!answer.ready()) return nullptr;
-  fd_nonblock(fd);
+  if (!answer.ready() || !fd_nonblock(fd)) return nullptr;
   sigprocmask(SIG_SETMASK, outside_mask, nullptr);
 
   const Child child = {name, pid, reaped};

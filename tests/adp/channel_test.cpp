@@ -1,0 +1,157 @@
+// The parent's side of the channel, against children that answer by hand.
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+
+#include "adp/channel_fixture.h"
+
+namespace {
+
+using fairlead_test::spelled;
+
+class PipeTest : public fairlead_test::ChannelTest {
+ protected:
+  // Forks a child that acts on its end, and decodes its answer; `reaped_` is the flag.
+  template <class Action>
+  std::string answer_of(Action action) {
+    int ends[2];
+    EXPECT_EQ(0, socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends));
+    sigset_t outside, wait, former;
+    sigprocmask(SIG_SETMASK, nullptr, &former);
+    outside = wait = former;
+    sigaddset(&outside, SIGCHLD);
+    sigprocmask(SIG_SETMASK, &outside, nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+      close(ends[0]);
+      action(ends[1]);
+      _exit(0);
+    }
+    close(ends[1]);
+    reaped_ = 0;
+    const std::string answer =
+        spelled(pipe_fdtalk(ends[0], &wait, &outside, "the child", child, &reaped_));
+    close(ends[0]);
+    if (reaped_ == 0) waitpid(child, nullptr, 0);
+    sigset_t after;
+    sigprocmask(SIG_SETMASK, &former, &after);
+    EXPECT_EQ(1, sigismember(&after, SIGCHLD)) << "the outside mask is in force afterwards";
+    return answer;
+  }
+
+  static void say(int fd, const std::string& bytes) {
+    (void)!write(fd, bytes.data(), bytes.size());
+  }
+
+  int32_t reaped_ = 0;
+};
+
+TEST_F(PipeTest, wire_bytes_are_decoded) {
+  using namespace std::string_literals;
+  const std::pair<std::string, const char*> answers[] = {
+      {"\1"s, "done"},
+      {"\1\0"s, "done"},
+      {"\2"s, "failed"},
+      {"\2\0"s, "failed"},
+      {"\0"s, "null"},
+      {""s, "null"},
+      {"text"s, "text"},
+      {"{\"a\":\"1\"}\n"s, "{\"a\":\"1\"}"},
+      {" \r\n text \0\0"s, "text"},
+      {"\n\1"s, "done"},
+  };
+  for (const auto& [bytes, meaning] : answers)
+    EXPECT_EQ(meaning, answer_of([&bytes = bytes](int fd) { say(fd, bytes); }));
+}
+
+TEST_F(PipeTest, a_nul_ends_the_answer_while_the_child_lives_on) {
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ("now", answer_of([](int fd) {
+              say(fd, std::string("now\0", 4));
+              usleep(300000);
+            }));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+}
+
+TEST_F(PipeTest, byte_by_byte_is_whole) {
+  EXPECT_EQ("{\"a\":\"1\"}", answer_of([](int fd) {
+              for (char c : std::string("{\"a\":\"1\"}")) {
+                say(fd, std::string(1, c));
+                usleep(1000);
+              }
+            }));
+}
+
+TEST_F(PipeTest, a_flood_is_kept) {
+  constexpr size_t kSize = 50 << 20;
+  EXPECT_EQ(kSize, answer_of([](int fd) {
+                     const std::string piece(1 << 20, 'x');
+                     for (int i = 0; i < 50; ++i) say(fd, piece);
+                   }).size());
+}
+
+TEST_F(PipeTest, a_death_by_signal_is_logged_and_told) {
+  // Another process holds the channel, so that the death comes first.
+  const std::string log = logged([&] {
+    EXPECT_EQ("half", answer_of([](int fd) {
+                say(fd, "half");
+                if (fork() == 0) {
+                  usleep(1500000);
+                  _exit(0);
+                }
+                raise(SIGKILL);
+              }));
+  });
+  EXPECT_EQ(-1, reaped_);
+  EXPECT_EQ("error: the child terminate by signal 9\n", log);
+}
+
+TEST_F(PipeTest, a_normal_end_with_the_channel_held_drains_for_three_seconds) {
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ("early", answer_of([](int fd) {
+              say(fd, "early");
+              if (fork() == 0) {
+                sleep(6);
+                _exit(0);
+              }
+            }));
+  EXPECT_EQ(1, reaped_);
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2900));
+}
+
+// Any interruption counts as the child's end: the answer so far is used, although the child goes
+// on.
+TEST_F(PipeTest, another_childs_end_begins_the_drain) {
+  const pid_t other = fork();
+  if (other == 0) {
+    usleep(200000);
+    _exit(0);
+  }
+  pid_t slow = 0;
+  EXPECT_EQ("early", answer_of([&](int fd) {
+              say(fd, "early");
+              sleep(5);
+            }));
+  EXPECT_EQ(1, reaped_);
+  while ((slow = wait(nullptr)) > 0) continue;  // both are ours to collect
+}
+
+TEST_F(PipeTest, a_child_seen_to_end_only_by_its_stream_is_left_to_the_caller) {
+  EXPECT_EQ("x", answer_of([](int fd) {
+              say(fd, "x");
+              close(fd);
+              usleep(200000);
+            }));
+  EXPECT_EQ(0, reaped_);
+}
+
+TEST_F(PipeTest, a_bad_descriptor_gives_null) {
+  sigset_t mask;
+  sigprocmask(SIG_SETMASK, nullptr, &mask);
+  int32_t reaped = 0;
+  EXPECT_EQ(nullptr, pipe_fdtalk(-1, &mask, &mask, "x", 0, &reaped));
+}
+
+}  // namespace

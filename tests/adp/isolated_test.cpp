@@ -1,0 +1,189 @@
+// Isolated calls: a bad adapter costs one call, and the caller stays whole.
+#include "fairlead/adp/isolated.h"
+
+#include <sys/time.h>
+#include <unistd.h>
+
+#include "adp/adp_support.h"
+#include "support/child.h"
+#include "support/faults.h"
+#include "support/syslog.h"
+
+namespace {
+
+using fairlead_test::Call;
+using fairlead_test::Fault;
+using fairlead_test::put_file;
+using fairlead_test::run_child;
+using fairlead_test::spelled;
+
+class IsolatedTest : public fairlead_test::AdapterTest {
+ protected:
+  void SetUp() override {
+    AdapterTest::SetUp();
+    install("probe", "net/probe");
+  }
+
+  static std::string call(const char* name, const char* parameter = nullptr) {
+    return spelled(
+        AdpSecureCall(nullptr, "net/probe", name, nullptr, parameter ? "%s" : nullptr, parameter));
+  }
+};
+
+TEST_F(IsolatedTest, the_adapter_answers_as_in_process) {
+  answer_with("{\"a\":\"1\"}");
+  EXPECT_EQ("{\"a\":\"1\"}", spelled(AdpSecureGet(nullptr, "net/probe", nullptr, "x")));
+  EXPECT_EQ(1, AdpSecureSet(nullptr, "net/probe", nullptr, "x", nullptr, "1"));
+  EXPECT_EQ(0, AdpSecureSet(nullptr, "net/probe", nullptr, "x", nullptr, "refuse"));
+  EXPECT_EQ("net/probe|x|1\nnet/probe|x|refuse\n", sets());
+  EXPECT_EQ("done", call("done"));
+  EXPECT_EQ("failed", call("failed"));
+  EXPECT_EQ("null", call("nothing"));
+  EXPECT_EQ("just so", call("string"));
+  EXPECT_EQ("{\"object\":\"net/probe\",\"count\":\"1\",\"list\":\"x\"}", call("echo", "x"));
+}
+
+TEST_F(IsolatedTest, a_crash_gives_nothing_and_one_message) {
+  answer_with("crash");
+  std::string log =
+      logged([] { EXPECT_EQ(nullptr, AdpSecureGet(nullptr, "net/probe", nullptr, nullptr)); });
+  EXPECT_TRUE(log == "error: net/probe terminate by signal 11\n" ||
+              log == "error: AdpSecureGet( net/probe ) terminate by signal 11\n")
+      << log;
+  log = logged([] { EXPECT_EQ("null", call("misbehave", "segv")); });
+  EXPECT_EQ("error: net/probe.misbehave terminate by signal 11\n", log);
+  log = logged([] { EXPECT_EQ("null", call("misbehave", "abort")); });
+  EXPECT_EQ("error: net/probe.misbehave terminate by signal 6\n", log);
+  EXPECT_EQ("just so", call("string"));
+}
+
+TEST_F(IsolatedTest, other_misbehaviour_gives_nothing) {
+  EXPECT_EQ("", logged([] { EXPECT_EQ("null", call("misbehave", "exit")); }));
+  EXPECT_EQ("", logged([] { EXPECT_EQ("null", call("misbehave", "close")); }));
+  EXPECT_EQ("survived", call("misbehave", "nothing"));
+}
+
+TEST_F(IsolatedTest, what_has_no_text_is_logged) {
+  answer_with("array");
+  EXPECT_EQ("warn: AdpSecureGet( net/probe ) return wrong format data\n", logged([] {
+              EXPECT_EQ(nullptr, AdpSecureGet(nullptr, "net/probe", nullptr, nullptr));
+            }));
+  EXPECT_EQ("warn: net/probe.array return wrong format data\n",
+            logged([] { EXPECT_EQ("null", call("array")); }));
+}
+
+TEST_F(IsolatedTest, answers_of_any_size_arrive_whole) {
+  for (const char* size : {"1", "4094", "4095", "4096", "4097", "8192", "10000000"})
+    EXPECT_EQ(static_cast<size_t>(atoi(size)), call("lengthy", size).size()) << size;
+}
+
+TEST_F(IsolatedTest, null_names_are_refused_before_anything_is_made) {
+  Fault fault(Call::kSocketpair, {.nth = 0});
+  EXPECT_EQ(nullptr, AdpSecureCall(nullptr, "net/probe", nullptr, nullptr, nullptr));
+  EXPECT_EQ(0, AdpSecureSet(nullptr, nullptr, nullptr, nullptr, nullptr, "1"));
+  EXPECT_EQ(nullptr, AdpSecureGet(nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ(0, fault.calls());
+}
+
+TEST_F(IsolatedTest, the_child_has_the_call_for_its_name_and_one_descriptor_more) {
+  talk_t* answer = AdpSecureCall(nullptr, "net/probe", "describe", nullptr, nullptr);
+  ASSERT_NE(nullptr, answer);
+  EXPECT_STREQ("net/probe.descr", VesselGetS(answer, "name"));  // the kernel keeps 15 characters
+  const std::string own = spelled(AdpCall(nullptr, "net/probe", "describe", nullptr, nullptr));
+  std::string channel_added = VesselGetS(answer, "descriptors");
+  TalkFree(answer);
+  const std::string plain = own.substr(own.find("descriptors\":\"") + 14);
+  EXPECT_EQ(plain.size() - 2 + 2, channel_added.size()) << plain << " / " << channel_added;
+}
+
+TEST_F(IsolatedTest, the_childs_syslog_name_is_the_object) {
+  const fairlead_test::Syslog daemon;
+  GlogOpen("test", LOG_MODE_SYSLOG, 7);
+  answer_with("array");
+  EXPECT_EQ(nullptr, AdpSecureGet(nullptr, "net/probe", nullptr, nullptr));
+  const std::string line = const_cast<fairlead_test::Syslog&>(daemon).wait_for("wrong format data");
+  EXPECT_NE(std::string::npos,
+            line.find("daemon.warn net/probe: AdpSecureGet( net/probe ) return wrong"))
+      << line;
+  GlogClose();
+}
+
+TEST_F(IsolatedTest, failed_preparations_are_logged) {
+  const std::pair<const char*, std::function<void()>> calls[] = {
+      {"AdpSecureSet( net/probe )",
+       [] { EXPECT_EQ(0, AdpSecureSet(nullptr, "net/probe", nullptr, nullptr, nullptr, "1")); }},
+      {"AdpSecureGet( net/probe )",
+       [] { EXPECT_EQ(nullptr, AdpSecureGet(nullptr, "net/probe", nullptr, nullptr)); }},
+      {"AdpSecureCall( net/probe.x )", [] { EXPECT_EQ("null", call("x")); }},
+  };
+  for (const auto& [name, action] : calls) {
+    {
+      Fault fault(Call::kSocketpair, {.error = EMFILE});
+      EXPECT_EQ(
+          std::string("error: socketpair error for ") + name + "(err:24/Too many open files)\n",
+          logged(action));
+    }
+    const auto ended = run_child([&] {
+      Fault fault(Call::kFork, {.error = EAGAIN});
+      action();
+      sigset_t mask;
+      sigprocmask(SIG_SETMASK, nullptr, &mask);
+      EXPECT_EQ(1, sigismember(&mask, SIGCHLD));  // left as it is on this way out
+      EXPECT_EQ(signal_handler, signal_register(SIGCHLD, SIG_DFL));
+    });
+    EXPECT_EQ(std::string("error: vfork error for ") + name +
+                  "(err:11/Resource temporarily unavailable)\n",
+              ended.err);
+  }
+}
+
+TEST_F(IsolatedTest, a_default_handler_is_replaced_by_the_empty_one) {
+  signal(SIGCHLD, SIG_DFL);
+  call("done");
+  EXPECT_EQ(signal_handler, signal_register(SIGCHLD, count_signal));
+}
+
+TEST_F(IsolatedTest, handler_flags_mask_and_alarm_come_back) {
+  struct sigaction mine = {}, after;
+  mine.sa_handler = count_signal;
+  mine.sa_flags = SA_RESTART | SA_NOCLDSTOP;
+  sigaction(SIGCHLD, &mine, nullptr);
+  sigset_t blocked, former, now;
+  sigemptyset(&blocked);
+  sigaddset(&blocked, SIGUSR1);
+  sigprocmask(SIG_BLOCK, &blocked, &former);
+  const itimerval timer = {{0, 0}, {500, 0}};
+  setitimer(ITIMER_REAL, &timer, nullptr);
+
+  EXPECT_EQ("done", call("done"));
+
+  itimerval left, none = {};
+  setitimer(ITIMER_REAL, &none, &left);
+  EXPECT_GT(left.it_value.tv_sec, 400);
+  sigprocmask(SIG_SETMASK, &former, &now);
+  EXPECT_EQ(1, sigismember(&now, SIGUSR1));
+  EXPECT_EQ(0, sigismember(&now, SIGCHLD));
+  sigaction(SIGCHLD, nullptr, &after);
+  EXPECT_EQ(mine.sa_handler, after.sa_handler);
+  EXPECT_EQ(mine.sa_flags & (SA_RESTART | SA_NOCLDSTOP),
+            after.sa_flags & (SA_RESTART | SA_NOCLDSTOP));
+  signal_register(SIGCHLD, count_signal);
+}
+
+// A third of the calls go wrong in every way there is; the fixture's census finds what they leave
+// behind.
+TEST_F(IsolatedTest, many_bad_calls_leave_nothing_behind) {
+  const char* text = getenv("FAIRLEAD_MANY_CALLS");
+  const int many = text ? atoi(text) : 300;
+  const char* how[] = {"segv", "abort", "exit", "close"};
+  logged([&] {
+    for (int round = 0; round < many; ++round) {
+      if (round % 3 == 0)
+        EXPECT_EQ("null", call("misbehave", how[round / 3 % 4]));
+      else
+        EXPECT_EQ("just so", call("string"));
+    }
+  });
+}
+
+}  // namespace
