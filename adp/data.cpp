@@ -28,6 +28,8 @@ extern "C" int32_t AdpAbSet(adp_t* adp, slash_t* path, const char* path_text, ta
                             const char* value_text) {
   if (!adp) return fail<int32_t>(EINVAL);
   const OwnedTalk converted(!value && value_text ? StringTalk(value_text) : nullptr);
+  // A text that gives no value deletes, but memory that ran out must not.
+  if (!value && value_text && !converted && errno == ENOMEM) return 0;
   if (converted) value = converted.get();
   PathChoice choice(path, path_text);
   if (!choice.usable()) return 0;

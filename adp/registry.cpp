@@ -1,11 +1,11 @@
 // The registry: object paths bound to adapter files at run time.
 #include "adp/fixed_paths.h"
 #include "base/bounded_text.h"
-#include "base/fail.h"
 #include "base/result_buffer.h"
 #include "fairlead/adp/project.h"
 #include "fairlead/talk/node.h"
 #include "fairlead/talk/text.h"
+#include "talk/file_text.h"
 #include "talk/member_path.h"
 #include "talk/owned_talk.h"
 #include "talk/path_choice.h"
@@ -27,6 +27,7 @@ extern "C" int DynAdpCreate(const char* object, const char* adapter) {
   if (!ProjectAdpPath(adapter_path.get(), file, sizeof file)) return 0;
 
   OwnedTalk registry(FileVessel(kRegistryFile));
+  if (!registry && failed_for_the_moment()) return 0;
   if (!registry) registry.reset(VesselCreate());  // missing or unreadable: no registrations
   OwnedTalk value(RenderCreate(file));
   if (!registry || !value || !put_at(registry.get(), object_path.get(), value.get())) return 0;

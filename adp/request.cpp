@@ -42,6 +42,14 @@ bool list(const char* object, talk_t** out) {
   }
 }
 
+int32_t set(const RequestRoad& road, const RequestTarget& target, uii_t* identifier, talk_t** out) {
+  talk_t* value = UiiValueTalk(identifier);
+  // No value deletes, but memory that ran out must not.
+  if (value || errno != ENOMEM) return answer_set(road, target, value, out);
+  *out = TALK_FAILED;
+  return -1;
+}
+
 int32_t merge(const RequestRoad& road, const RequestTarget& target, uii_t* identifier,
               talk_t** out) {
   talk_t* value = UiiValueTalk(identifier);
@@ -57,7 +65,7 @@ int32_t serve(const RequestRoad& road, uii_t* identifier, talk_t** out) {
 
   slash_t* path = UiiConfigCount(identifier) > 0 ? &identifier->config : nullptr;
   const RequestTarget target = {&identifier->object, nullptr, path, nullptr};
-  if (identifier->kind == kSetKind) return answer_set(road, target, UiiValueTalk(identifier), out);
+  if (identifier->kind == kSetKind) return set(road, target, identifier, out);
   if (identifier->kind == kMergeKind) return merge(road, target, identifier, out);
   return answer_read(road, target, out);
 }

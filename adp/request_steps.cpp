@@ -27,6 +27,14 @@ bool write_change(const RequestRoad& road, const RequestTarget& target, const ta
   return TalkEqual(current, value) || write(road, target, value);
 }
 
+// False: memory ran out on the way, and the object has only some of the members.
+bool merge_whole(vessel_t* members, vessel_t* object) {
+  const ErrnoKeeper keep;
+  errno = 0;
+  VesselModify(members, object);
+  return errno != ENOMEM;
+}
+
 int32_t finish(bool done, talk_t** out) {
   *out = done ? TALK_DONE : TALK_FAILED;
   return done ? 1 : -1;
@@ -54,7 +62,7 @@ int32_t answer_merge(const RequestRoad& road, const RequestTarget& target, talk_
   if (!is_vessel(current.get()) || !is_vessel(value))
     return finish(write_change(road, target, current.get(), value), out);
   const OwnedTalk before(TalkDup(current.get()));
-  VesselModify(value, current.get());
+  if (!merge_whole(value, current.get())) return finish(false, out);
   return finish(write_change(road, target, before.get(), current.get()), out);
 }
 

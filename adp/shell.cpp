@@ -14,6 +14,7 @@
 #include "fairlead/talk/text.h"
 #include "fairlead/uii.h"
 #include "log/level_words.h"
+#include "talk/roles.h"
 
 namespace {
 
@@ -23,18 +24,17 @@ constexpr char kSource[] = "shell";
 constexpr int kFirstNumber = 3;  // behind the standard streams
 constexpr int kLastNumber = 9;
 
-// A variable with the text, or none at all when there is no text.
-void put_variable(const char* name, const char* text) {
-  if (text)
-    setenv(name, text, 1);
-  else
-    unsetenv(name);
+// False: memory for the path's text ran out. Without it the script would serve the whole object.
+bool take_text(slash_t* path, const char*& text) {
+  text = path && path->count > 0 ? SlashString(path) : nullptr;
+  return text || !path || path->count < 1;
 }
 
-void put_number(const char* name, int number) {
-  FixedText<16> text;
-  text.format("%d", number);
-  setenv(name, text.text(), 1);
+// The same for a value, which would be a deletion. Numbers, arrays and literals have no text.
+bool take_text(talk_t* value, OwnedText& text) {
+  if (!is_vessel(value) && !is_string_node(value)) return true;
+  text.reset(TalkString(value));
+  return text != nullptr;
 }
 
 // Moves the descriptor to a number of one digit, the only ones that some shells (dash) can redirect
@@ -59,12 +59,30 @@ struct ScriptRequest {
 
   void put_request(int answer_fd) const {
     put_number("pipeid", inheritable_descriptor(answer_fd));
-    if (object) setenv("adp", object, 1);
-    setenv("interface", interface, 1);
+    if (object) put("adp", object);
+    put("interface", interface);
+  }
+
+  // A variable with the text, or none at all when there is no text.
+  void put(const char* name, const char* text) const {
+    if (!text)
+      unsetenv(name);
+    else if (setenv(name, text, 1) != 0)
+      give_up();  // with a part missing, the request would be another one
+  }
+
+  void put_number(const char* name, int number) const {
+    FixedText<16> text;
+    text.format("%d", number);
+    put(name, text.text());
   }
 
   [[noreturn]] void start() const {
     execl(script, script, static_cast<char*>(nullptr));
+    give_up();
+  }
+
+  [[noreturn]] void give_up() const {
     LogWrite(kErrorWithErrno, kSource, __LINE__, "execl the %s error", script);
     _exit(127);
   }
@@ -76,8 +94,8 @@ struct SetRequest : ScriptRequest {
 
   [[noreturn]] void serve(int answer_fd) const {
     put_request(answer_fd);
-    put_variable("config", path);
-    put_variable("value", value);
+    put("config", path);
+    put("value", value);
     start();
   }
 };
@@ -87,7 +105,7 @@ struct GetRequest : ScriptRequest {
 
   [[noreturn]] void serve(int answer_fd) const {
     put_request(answer_fd);
-    put_variable("config", path);
+    put("config", path);
     start();
   }
 };
@@ -112,7 +130,7 @@ struct CallRequest : ScriptRequest {
       FixedText<32> name;
       name.format("paramter%d", index);
       const char* text = index > 0 ? ParamGetS(parameters, index) : nullptr;
-      setenv(name.text(), text ? text : "", 1);
+      put(name.text(), text ? text : "");
     }
     start();
   }
@@ -122,9 +140,10 @@ struct CallRequest : ScriptRequest {
 
 extern "C" int ShellAbSet(adp_t* adp, slash_t* path, talk_t* value) {
   if (!adp) return fail<int>(EINVAL);
-  const OwnedText text(value ? TalkString(value) : nullptr);
-  const SetRequest request{
-      {adp->file, adp->name, "="}, path ? SlashString(path) : nullptr, text.get()};
+  const char* config = nullptr;
+  OwnedText text;
+  if (!take_text(path, config) || !take_text(value, text)) return 0;
+  const SetRequest request{{adp->file, adp->name, "="}, config, text.get()};
   talk_t* answer = call_child({kSource, "ShellAbSet", adp->name, adp->name}, request);
   drop_answer(answer);
   return answer == TALK_DONE ? 1 : 0;
@@ -132,7 +151,9 @@ extern "C" int ShellAbSet(adp_t* adp, slash_t* path, talk_t* value) {
 
 extern "C" talk_t* ShellAbGet(adp_t* adp, slash_t* path) {
   if (!adp) return fail<talk_t*>(EINVAL);
-  const GetRequest request{{adp->file, adp->name, ":"}, path ? SlashString(path) : nullptr};
+  const char* config = nullptr;
+  if (!take_text(path, config)) return nullptr;
+  const GetRequest request{{adp->file, adp->name, ":"}, config};
   return call_child({kSource, "ShellAbGet", adp->name, adp->name}, request);
 }
 

@@ -1,6 +1,4 @@
 // A whole request in a document.
-#include <algorithm>
-
 #include "adp/request_steps.h"
 #include "base/bounded_text.h"
 #include "base/fail.h"
@@ -9,13 +7,15 @@
 #include "fairlead/talk/node.h"
 #include "fairlead/talk/text.h"
 #include "talk/roles.h"
+#include "uii/owned_uii.h"
 
 namespace {
 
 using namespace fairlead;
 
 // The parameter list of members "1" to "20"; positions without a member are empty, and the list
-// ends with the last one that is there.
+// ends with the last one that is there. Numbers, arrays and literals have no text and are empty
+// too.
 class NumberedParameters {
  public:
   explicit NumberedParameters(vessel_t* request) {
@@ -24,13 +24,15 @@ class NumberedParameters {
       name.format("%d", number);
       axp_t* member = VesselFind(request, name.text());
       if (!member) continue;
-      talk_t* value = AxpGetX(member);
-      text_[number - 1].reset(value ? TalkString(value) : nullptr);
+      take_text(AxpGetX(member), text_[number - 1]);
       list_.count = number;
     }
     for (int index = 0; index < list_.count; ++index) {
       list_.entry[index] = zeroed<param_entry_t>().release();
-      if (list_.entry[index]) list_.entry[index]->text = text_[index].get();
+      if (list_.entry[index])
+        list_.entry[index]->text = text_[index].get();
+      else
+        complete_ = false;
     }
   }
   ~NumberedParameters() {
@@ -40,11 +42,20 @@ class NumberedParameters {
   NumberedParameters(const NumberedParameters&) = delete;
   NumberedParameters& operator=(const NumberedParameters&) = delete;
 
+  // False: memory ran out, or an object has a member without a value. The call must not be made.
+  bool complete() const { return complete_; }
   param_t* list() { return &list_; }
 
  private:
+  void take_text(talk_t* value, OwnedText& text) {
+    if (!is_vessel(value) && !is_string_node(value)) return;
+    text.reset(TalkString(value));
+    if (!text) complete_ = false;
+  }
+
   OwnedText text_[PARAM_MAX];  // what the entries' texts point to
   param_t list_{};
+  bool complete_ = true;
 };
 
 bool is_data_operator(const char* op) { return !op || *op == '\0' || *op == '=' || *op == '|'; }
@@ -60,11 +71,8 @@ int32_t serve(const RequestRoad& road, int32_t (*by_identifier)(uii_t*, talk_t**
               talk_t** out) {
   if (!request || !out) return fail(EINVAL, -1);
   if (is_render(request)) {
-    uii_t* identifier = UiiCreate(RenderString(request));
-    if (!identifier) return -1;
-    const int32_t status = by_identifier(identifier, out);
-    UiiFree(identifier);
-    return status;
+    const OwnedUii identifier(UiiCreate(RenderString(request)));
+    return identifier ? by_identifier(identifier.get(), out) : -1;
   }
 
   const char* object = VesselGetS(request, "adp");
@@ -75,6 +83,7 @@ int32_t serve(const RequestRoad& road, int32_t (*by_identifier)(uii_t*, talk_t**
     return serve_data(road, target, op, VesselGetX(request, "v"), out);
   }
   NumberedParameters parameters(request);
+  if (!parameters.complete()) return -1;
   *out = road.call(nullptr, object, op, parameters.list(), nullptr);
   return status_of(*out);
 }

@@ -34,15 +34,16 @@ bool is_other_json(const char* text) {
     return block;
   }();
   const OwnedTalk document(wrapped ? StringVessel(wrapped.get()) : nullptr);
-  return document && VesselCount(document.get()) == 1;
+  if (!document) return failed_for_the_moment();  // for lack of memory: it may be
+  return VesselCount(document.get()) == 1;
 }
 
 // The document that a change starts from; null when the file must stay as it is.
 vessel_t* read_for_change(const char* file) {
   const OwnedText text = read_file_text(file);
-  if (!text) return VesselCreate();
-  if (vessel_t* document = StringVessel(text.get())) return document;
-  return is_other_json(text.get()) ? nullptr : VesselCreate();
+  vessel_t* document = text ? StringVessel(text.get()) : nullptr;
+  if (document || failed_for_the_moment()) return document;
+  return text && is_other_json(text.get()) ? nullptr : VesselCreate();
 }
 
 int change_member(const char* file, slash_t* path, talk_t* value) {
@@ -97,8 +98,10 @@ extern "C" int ConfigSet(const char* name, slash_t* path, const char* path_text,
 }
 
 // A text that gives no value deletes: what cannot be stored must not leave the old value in force.
+// Lost memory is no such text.
 extern "C" int ConfigSetS(const char* name, slash_t* path, const char* path_text,
                           const char* value) {
   const OwnedTalk talk(StringTalk(value));
+  if (!talk && errno == ENOMEM) return 0;
   return ConfigSet(name, path, path_text, talk.get());
 }

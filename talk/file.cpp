@@ -26,7 +26,8 @@ OwnedText fairlead::read_file_text(const char* path) {
   OwnedText text(static_cast<char*>(malloc(size + 1)));
   if (!text) return {};
   const ssize_t length = read(file.get(), text.get(), size);
-  if (length < 1) return {};
+  if (length < 0) return {};
+  if (length == 0) return fail<OwnedText>(EINVAL);  // no document, like any other bad text
   text.get()[length] = '\0';
   return text;
 }

@@ -14,9 +14,13 @@ using fairlead::fail;
 
 const char* skip_white_space(const char* text) { return text + strspn(text, " \t\n\r"); }
 
+// Lost memory is told apart: a caller may take a text without a value for "delete".
+int errno_of(json_error error) { return error == JSON_NO_MEMORY ? ENOMEM : EINVAL; }
+
 vessel_t* parse_object(const char* text) {
   json_t* root = nullptr;
-  return json_parse_document(&root, text) == JSON_DONE ? root : fail<vessel_t*>(EINVAL);
+  const json_error result = json_parse_document(&root, text);
+  return result == JSON_DONE ? root : fail<vessel_t*>(errno_of(result));
 }
 
 }  // namespace
@@ -35,10 +39,10 @@ extern "C" talk_t* StringTalk(const char* text) {
 }
 
 extern "C" char* VesselString(vessel_t* vessel) {
+  if (!fairlead::is_vessel(vessel)) return fail<char*>(EINVAL);
   char* text = nullptr;
-  if (!fairlead::is_vessel(vessel) || json_tree_to_string(vessel, &text) != JSON_DONE)
-    return fail<char*>(EINVAL);
-  return text;
+  const json_error result = json_tree_to_string(vessel, &text);
+  return result == JSON_DONE ? text : fail<char*>(errno_of(result));
 }
 
 extern "C" char* TalkString(talk_t* talk) {

@@ -70,9 +70,11 @@ TEST_F(FileTest, null_and_empty_paths_give_einval) {
   }
 }
 
-TEST_F(FileTest, an_empty_file_gives_null) {
+TEST_F(FileTest, an_empty_file_gives_null_with_einval) {
   put_file(kFile, "");
+  errno = 0;
   EXPECT_EQ(nullptr, FileVessel(kFile));
+  EXPECT_EQ(EINVAL, errno);
 }
 
 TEST_F(FileTest, bad_text_gives_null_with_einval) {
