@@ -1,5 +1,6 @@
 // One call on an object: open, call, close.
 #include "adp/call_parameters.h"
+#include "adp/log_source.h"
 #include "adp/object_name.h"
 #include "adp/open_adapter.h"
 #include "base/fail.h"
@@ -24,15 +25,15 @@ extern "C" talk_t* AdpCall(slash_t* object, const char* object_text, const char*
   const OpenAdapter adp(object, object_text);
   if (!adp) {
     const char* text = object_text ? object_text : fairlead::object_name(object, nullptr);
-    LogWrite(fairlead::kWarning, "adp", __LINE__, "cannot open the corrent adp file for %s.%s",
-             text ? text : "", name);
+    LogWrite(fairlead::kWarning, fairlead::kAdpSource, __LINE__,
+             "cannot open the corrent adp file for %s.%s", text ? text : "", name);
     return nullptr;
   }
   va_list arguments;
   va_start(arguments, format);
   fairlead::CallParameters call(parameters, format, arguments);
   va_end(arguments);
-  return AdpIfCall(adp.get(), name, call.get(), nullptr);
+  return call.usable() ? AdpIfCall(adp.get(), name, call.get(), nullptr) : nullptr;
 }
 
 extern "C" vessel_t* AdpCallList(slash_t* object, const char* object_text) {

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <ctime>
 
+#include "adp/log_source.h"
 #include "fairlead/adp/isolated.h"
 #include "fairlead/misc/process.h"
 #include "log/level_words.h"
@@ -30,7 +31,8 @@ bool watch_child(const Child& child, bool& drain) {
                     // begins all the same
   if (waitpid(child.pid, &status, WNOHANG) < 0) return true;
   if (WIFSIGNALED(status)) {
-    LogWrite(kError, "adp", __LINE__, "%s terminate by signal %d", child.name, WTERMSIG(status));
+    LogWrite(kError, kAdpSource, __LINE__, "%s terminate by signal %d", child.name,
+             WTERMSIG(status));
     *child.reaped = -1;
     return false;
   }

@@ -1,37 +1,34 @@
 // Opening and closing adapter handles.
 #include "fairlead/adp/handle.h"
 
+#include "adp/log_source.h"
 #include "adp/module.h"
+#include "adp/object_name.h"
 #include "base/bounded_text.h"
 #include "base/owned.h"
 #include "fairlead/adp/project.h"
-#include "log/level_words.h"
+#include "log/out_of_memory.h"
 
 namespace {
 
 using namespace fairlead;
-
-constexpr char kSource[] = "adp";
 
 bool needs_module(int32_t type) { return type == ADP_DYN || type == ADP_PRJ; }
 
 }  // namespace
 
 extern "C" adp_t* AdpFileOpen(slash_t* object, const char* object_text) {
-  const char* name = object ? SlashString(object) : object_text;
+  const char* name = object_name(object, object_text);
   if (!name) {
-    LogWrite(kError, kSource, __LINE__, "argument error");
+    LogWrite(kError, kAdpSource, __LINE__, "argument error");
     return nullptr;
   }
   Owned<adp_t> adp = zeroed<adp_t>();
-  if (!adp) {
-    LogWrite(kOutOfMemory, kSource, __LINE__, "out of memory");
-    return nullptr;
-  }
+  if (!adp) return out_of_memory<adp_t*>(kAdpSource);
   BoundedText(adp->name, sizeof adp->name).add(name);
   adp->type = AdpPath(object, object_text, adp->file, sizeof adp->file);
   if (adp->type < 0) {
-    LogWrite(kError, kSource, __LINE__, "get the adp path failed");
+    LogWrite(kError, kAdpSource, __LINE__, "get the adp path failed");
     return nullptr;
   }
   if (needs_module(adp->type) && !(adp->module = acquire_module(adp->file))) return nullptr;

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "adp/call_parameters.h"
+#include "adp/log_source.h"
 #include "adp/module.h"
 #include "adp/served_by.h"
 #include "base/fail.h"
@@ -12,8 +13,6 @@
 namespace {
 
 using namespace fairlead;
-
-constexpr char kSource[] = "adp";
 
 // A record without a name or function ends the table, however many records are announced.
 bool is_usable(const adp_interface_t& record) { return record.name && record.function; }
@@ -29,7 +28,7 @@ void add_interface(vessel_t* listing, const adp_interface_t& record) {
 vessel_t* list_module(const adp_t* adp) {
   const ModuleSymbol array(adp->module, "if_array");
   if (!array) {
-    LogWrite(kError, kSource, __LINE__, "cannot find the symblic(%s) at %s", array.name(),
+    LogWrite(kError, kAdpSource, __LINE__, "cannot find the symblic(%s) at %s", array.name(),
              adp->file);
     return nullptr;
   }
@@ -37,7 +36,7 @@ vessel_t* list_module(const adp_t* adp) {
   if (!table) return nullptr;
   const ModuleSymbol size(adp->module, "if_size");
   if (!size) {
-    LogWrite(kError, kSource, __LINE__, "cannot find the symblic(%s) at %s", size.name(),
+    LogWrite(kError, kAdpSource, __LINE__, "cannot find the symblic(%s) at %s", size.name(),
              adp->file);
     return nullptr;
   }
@@ -50,8 +49,8 @@ vessel_t* list_module(const adp_t* adp) {
 }
 
 bool complain(const adp_t* adp, const ModuleSymbol& symbol, const char* name) {
-  LogWrite(kError, kSource, __LINE__, "cannot find the symblic(%s) at %s for %s.%s", symbol.name(),
-           adp->file, adp->name, name);
+  LogWrite(kError, kAdpSource, __LINE__, "cannot find the symblic(%s) at %s for %s.%s",
+           symbol.name(), adp->file, adp->name, name);
   return false;
 }
 
@@ -76,8 +75,8 @@ talk_t* call_module(const adp_t* adp, const char* name, param_t* parameters) {
   const adp_interface_t* table = adp->module->interface_table;
   for (int32_t index = 0; index < adp->module->interface_count && is_usable(table[index]); ++index)
     if (strcmp(table[index].name, name) == 0) return table[index].function(adp->name, parameters);
-  LogWrite(kError, kSource, __LINE__, "cannot find the interface(%s) at %s for %s", name, adp->file,
-           adp->name);
+  LogWrite(kError, kAdpSource, __LINE__, "cannot find the interface(%s) at %s for %s", name,
+           adp->file, adp->name);
   return nullptr;
 }
 
@@ -91,7 +90,7 @@ extern "C" vessel_t* AdpIfList(adp_t* adp) {
     case ServedBy::kScript:
       return ShellIfList(adp->file);
     case ServedBy::kStore:
-      LogWrite(kDebug, kSource, __LINE__, "cannot list the pure config adp(%s)", adp->name);
+      LogWrite(kDebug, kAdpSource, __LINE__, "cannot list the pure config adp(%s)", adp->name);
       return nullptr;
     default:
       return nullptr;
@@ -105,6 +104,7 @@ extern "C" talk_t* AdpIfCall(adp_t* adp, const char* name, param_t* parameters, 
   va_start(arguments, format);
   CallParameters call(parameters, format, arguments);
   va_end(arguments);
+  if (!call.usable()) return nullptr;
 
   switch (served_by(adp)) {
     case ServedBy::kModule:
@@ -112,7 +112,7 @@ extern "C" talk_t* AdpIfCall(adp_t* adp, const char* name, param_t* parameters, 
     case ServedBy::kScript:
       return ShellIfCall(adp, name, call.get());
     case ServedBy::kStore:
-      LogWrite(kDebug, kSource, __LINE__, "cannot call interface(%s) at the pure config adp(%s)",
+      LogWrite(kDebug, kAdpSource, __LINE__, "cannot call interface(%s) at the pure config adp(%s)",
                name, adp->name);
       return nullptr;
     default:

@@ -7,6 +7,7 @@
 
 #include "adp/call_parameters.h"
 #include "adp/child_call.h"
+#include "adp/log_source.h"
 #include "adp/object_name.h"
 #include "adp/open_adapter.h"
 #include "base/bounded_text.h"
@@ -19,7 +20,6 @@ namespace {
 
 using namespace fairlead;
 
-constexpr char kSource[] = "adp";
 constexpr char kNothing = 0x00;
 constexpr char kDone = 0x01;
 constexpr char kFailed = 0x02;
@@ -60,7 +60,7 @@ struct ObjectRequest {
   void answer_document(int fd, talk_t* document, const char* complaint, size_t ending) const {
     const OwnedText text(TalkString(document));
     if (!text) {
-      LogWrite(kWarning, kSource, __LINE__, complaint, name);
+      LogWrite(kWarning, kAdpSource, __LINE__, complaint, name);
       return answer_byte(fd, kNothing);
     }
     if (!write_all(fd, text.get(), strlen(text.get()) + ending)) _exit(kWriteFailed);
@@ -111,7 +111,7 @@ extern "C" int32_t AdpSecureSet(slash_t* object, const char* object_text, slash_
   const char* name = object_name(object, object_text);
   if (!name) return fail<int32_t>(EINVAL);
   const SetRequest request{{object, object_text, name}, path, path_text, value, value_text};
-  talk_t* answer = call_child({kSource, "AdpSecureSet", name, name}, request);
+  talk_t* answer = call_child({kAdpSource, "AdpSecureSet", name, name}, request);
   drop_answer(answer);
   return answer == TALK_DONE ? 1 : 0;
 }
@@ -121,7 +121,7 @@ extern "C" talk_t* AdpSecureGet(slash_t* object, const char* object_text, slash_
   const char* name = object_name(object, object_text);
   if (!name) return fail<talk_t*>(EINVAL);
   const GetRequest request{{object, object_text, name}, path, path_text};
-  return call_child({kSource, "AdpSecureGet", name, name}, request);
+  return call_child({kAdpSource, "AdpSecureGet", name, name}, request);
 }
 
 extern "C" talk_t* AdpSecureCall(slash_t* object, const char* object_text, const char* name,
@@ -132,9 +132,10 @@ extern "C" talk_t* AdpSecureCall(slash_t* object, const char* object_text, const
   va_start(arguments, format);
   CallParameters call(parameters, format, arguments);
   va_end(arguments);
+  if (!call.usable()) return nullptr;
 
   char identifier[kPathSize];
   UiiAssembly(own_name, name, nullptr, identifier, sizeof identifier);
   const CallRequest request{{object, object_text, identifier}, name, call.get()};
-  return call_child({kSource, "AdpSecureCall", identifier, identifier, false}, request);
+  return call_child({kAdpSource, "AdpSecureCall", identifier, identifier, false}, request);
 }

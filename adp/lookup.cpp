@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "base/bounded_text.h"
+#include "base/result_buffer.h"
 #include "fairlead/adp/project.h"
 #include "talk/path_choice.h"
 
@@ -9,17 +10,19 @@ extern "C" int AdpPath(slash_t* path, const char* text, char* buffer, int size) 
   fairlead::PathChoice choice(path, text, fairlead::kPathSize - 1);
   if (choice.count() == 0) return -1;
 
+  char own[fairlead::kPathSize];
+  const fairlead::ResultBuffer file = fairlead::choose_buffer(buffer, size, own);
+  const int room = static_cast<int>(file.size);
   int code = ADP_PURE;
-  if (DynAdpPath(choice.get(), buffer, size))
+  if (DynAdpPath(choice.get(), file.text, room))
     code = ADP_DYN;
-  else if (ProjectAdpPath(choice.get(), buffer, size))
+  else if (ProjectAdpPath(choice.get(), file.text, room))
     code = ADP_PRJ;
-  if (!buffer || size < 1) return code;
   if (code == ADP_PURE) {
-    buffer[0] = '\0';
+    file.text[0] = '\0';
     return code;
   }
   // The one sign of a script is the last letter of its extension.
-  const size_t length = strlen(buffer);
-  return length > 0 && buffer[length - 1] == 'h' ? ADP_SHELL : code;
+  const size_t length = strlen(file.text);
+  return length > 0 && file.text[length - 1] == 'h' ? ADP_SHELL : code;
 }

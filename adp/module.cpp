@@ -6,20 +6,19 @@
 #include <cstddef>
 #include <cstring>
 
+#include "adp/log_source.h"
 #include "base/bounded_text.h"
 #include "base/owned.h"
-#include "log/level_words.h"
+#include "log/out_of_memory.h"
 
 namespace fairlead {
 namespace {
 
-constexpr char kSource[] = "adp";
-
 // Loaded modules stay until the process ends, and so does this. Not guarded: callers open handles
 // from one thread.
-struct {
+[[gnu::used]] struct {
   glink_t list;   // the newest first
-  int32_t loads;  // for who looks with a debugger: tells loads from references
+  int32_t loads;  // nothing reads it but a debugger, which can tell a lost module from none loaded
 } modules;
 
 adp_module_t* module_of(glink_t* link) {
@@ -53,19 +52,16 @@ bool cut_names(adp_module_t& module) {
 
 adp_module_t* load_module(const char* file) {
   Owned<adp_module_t> module = zeroed<adp_module_t>();
-  if (!module) {
-    LogWrite(kOutOfMemory, kSource, __LINE__, "out of memory");
-    return nullptr;
-  }
+  if (!module) return out_of_memory<adp_module_t*>(kAdpSource);
   BoundedText(module->file, sizeof module->file).add(file);
   if (!cut_names(*module)) {
-    LogWrite(kError, kSource, __LINE__,
+    LogWrite(kError, kAdpSource, __LINE__,
              "cannot parse the project identify and padp identify by path(%s)", file);
     return nullptr;
   }
   module->library = dlopen(file, RTLD_NOW | RTLD_LOCAL);
   if (!module->library) {
-    LogWrite(kErrorWithErrno, kSource, __LINE__, "cannot load the file(%s)", file);
+    LogWrite(kErrorWithErrno, kAdpSource, __LINE__, "cannot load the file(%s)", file);
     return nullptr;
   }
   ++modules.loads;

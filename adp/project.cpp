@@ -32,6 +32,7 @@ const char* find_extension(const char* name, const char* const* extensions) {
 vessel_t* list_project(const char* project, const char* const* extensions) {
   PathText folder;
   folder.add(kProjectRoot).add('/').add(project);
+  if (folder.cut()) return nullptr;  // it would name another folder
   Directory directory(folder.text());
   if (!directory) return nullptr;
   OwnedTalk listing(VesselCreate());
@@ -44,7 +45,7 @@ vessel_t* list_project(const char* project, const char* const* extensions) {
     key.add(project).add('/').add({name, static_cast<size_t>(end - name)});
     FixedText<2 * kPathSize> file;
     file.add(folder.text()).add('/').add(name);
-    VesselSetS(listing.get(), key.text(), file.text());
+    if (!VesselSetS(listing.get(), key.text(), file.text())) return nullptr;
   }
   return listing.release();
 }
@@ -57,7 +58,7 @@ vessel_t* list_all_projects(Listing list) {
   for (axp_t* project = VesselEach(projects.get(), nullptr); project;
        project = VesselEach(projects.get(), project)) {
     const OwnedTalk listing(list(AxpGet(project)));
-    if (listing) VesselModify(listing.get(), all.get());
+    if (listing && VesselModify(listing.get(), all.get()) < 0) return nullptr;
   }
   return all.release();
 }
@@ -72,7 +73,7 @@ extern "C" vessel_t* ProjectList(void) {
   while (const char* name = directory.next_visible()) {
     FixedText<2 * kPathSize> path;
     path.add(kProjectRoot).add('/').add(name);
-    VesselSetS(projects.get(), name, path.text());
+    if (!VesselSetS(projects.get(), name, path.text())) return nullptr;
   }
   return projects.release();
 }
@@ -102,7 +103,7 @@ extern "C" char* ProjectAdpPath(slash_t* path, char* buffer, int size) {
   for (const char* extension : {kModuleExtension, kScriptExtension}) {
     BoundedText file(result.text, result.size);
     file.add(kProjectRoot).add('/').add(object).add(extension);
-    if (access(file.text(), F_OK) == 0) return result.text;
+    if (!file.cut() && access(file.text(), F_OK) == 0) return result.text;
   }
   return nullptr;
 }
@@ -118,6 +119,7 @@ extern "C" char* ProjectOscPath(char* buffer, int size, const char* project, con
   va_start(arguments, format);
   file.vformat(format, arguments);
   va_end(arguments);
+  if (file.cut()) return nullptr;
 
   struct stat status;
   if (stat(file.text(), &status) != 0 || S_ISDIR(status.st_mode)) return nullptr;

@@ -33,7 +33,7 @@ extern "C" char* ProjectVarPath(char* buffer, int size, const char* name, const 
   const fairlead::ResultBuffer result = fairlead::choose_buffer(buffer, size, fallback);
   fairlead::BoundedText path(result.text, result.size);
   path.add(fairlead::kRuntimeRoot).add('/').add(name);
-  if (!ensure_folder(path.text())) return nullptr;
+  if (path.cut() || !ensure_folder(path.text())) return nullptr;
   if (!format) return result.text;
 
   path.add('/');
