@@ -88,8 +88,7 @@ bool fairlead::NameIndex::reserve(size_t entries_more) {
   if (count_ > 0) memcpy(block.get() + 1, entries() + 1, count_ * sizeof(Entry));
   block_ = std::move(block);
   capacity_ = static_cast<uint32_t>(capacity);
-  for (uint32_t number = 1; number <= count_; ++number)
-    if (entries()[number].vessel) chain(number);
+  for (uint32_t number = 1; number <= count_; ++number) chain(number);
   return true;
 }
 

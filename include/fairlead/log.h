@@ -30,8 +30,7 @@ FAIRLEAD_API_BEGIN
 
 /* The mode word; its other bits mean nothing. */
 #define LOG_MODE_SYSLOG 0x200u  /* to syslog */
-#define LOG_MODE_CONSOLE 0x400u /* to standard error, or standard output for plain info and debug \
-                                 */
+#define LOG_MODE_CONSOLE 0x400u /* to standard error; plain info and debug to standard output */
 #define LOG_MODE_WHERE 0x1000u  /* append process id, source file and line */
 
 /* Opens the channel, or changes it: `ident` is the name under which syslog shows the messages.

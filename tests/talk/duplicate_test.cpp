@@ -40,6 +40,15 @@ TEST_F(DuplicateTest, vessel_dup_leaves_out_members_without_a_value) {
   EXPECT_EQ(R"({"b":"2"})", text_of(copy));
 }
 
+TEST_F(DuplicateTest, vessel_dup_leaves_out_what_has_no_text) {
+  OwnedTalk vessel = document(R"({"a":"1","b":"2"})");
+  AxpSetX(vessel->child, json_new_value(JSON_STRING));
+  VesselAdd(vessel.get(), json_new_value(JSON_STRING));
+  OwnedTalk copy(VesselDup(vessel.get()));
+  EXPECT_EQ(R"({"b":"2"})", text_of(copy));
+  EXPECT_REFUSED(nullptr, AxpDup(vessel->child));
+}
+
 TEST_F(DuplicateTest, vessel_dup_of_an_inner_object_stays_inside_of_it) {
   OwnedTalk vessel = document(R"({"a":{"b":{"c":"1"}},"d":"2"})");
   OwnedTalk copy(VesselDup(VesselGetX(vessel.get(), "a")));

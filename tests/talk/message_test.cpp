@@ -94,7 +94,7 @@ TEST_F(MessageTest, a_nul_inside_a_piece_hides_the_rest) {
 }
 
 TEST_F(MessageTest, messages_around_the_buffer_size_arrive_whole) {
-  for (size_t size : {1, 4094, 4095, 4096, 4097, 8191, 8192, 100000}) {
+  for (size_t size : {1u, 4094u, 4095u, 4096u, 4097u, 8191u, 8192u, 100000u}) {
     const std::string text(size, 'x');
     fairlead_test::Child sender([&] {
       const std::string bytes = text + '\0';

@@ -75,6 +75,14 @@ TEST_F(RuleTest, delete_ignores_what_is_not_there) {
   EXPECT_EQ(R"(0 {"a":"1"})", prune("{}", R"({"a":"1"})"));
 }
 
+TEST_F(RuleTest, delete_looks_inside_of_objects_only) {
+  EXPECT_EQ(R"(0 {"a":["x"]})", prune(R"({"a":{"x":""}})", R"({"a":["x"]})"));
+  OwnedTalk rule = document(R"({"a":{"x":""}})");
+  OwnedTalk cleared = document(R"({"a":"1"})");
+  AxpClearX(cleared->child);
+  EXPECT_ERRNO_KEPT(0, VesselDeleteRule(rule.get(), cleared.get()));
+}
+
 TEST_F(RuleTest, delete_leaves_an_object_that_has_become_empty) {
   EXPECT_EQ(R"(1 {"a":{}})", prune(R"({"a":{"x":""}})", R"({"a":{"x":"1"}})"));
 }
