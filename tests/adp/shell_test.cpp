@@ -52,6 +52,7 @@ class ShellTest : public fairlead_test::ChannelTest,
 
   slash_t* path(const char* text) {
     snprintf(path_text_, sizeof path_text_, "%s", text);
+    SlashClear(&slash_);
     SlashAnalysis(&slash_, path_text_);
     return &slash_;
   }

@@ -5,9 +5,11 @@
 #include "fairlead/state.h"
 #include "fairlead/talk.h"
 
+static gvalue_t* store; /* open until the program ends: no function closes it */
+
 static void share_a_value(void) {
   const uint32_t level = 7;
-  gvalue_t* store = GvalueCreate("example");
+  store = GvalueCreate("example");
   CHECK(store != NULL);
   CHECK(GvalueSet(store, "level", &level, sizeof level) == 1);
   CHECK(GvalueSize(store, "level") == (int)sizeof level);
