@@ -72,6 +72,9 @@ TEST_F(HandleTest, a_record_wins_over_the_text) {
 TEST_F(HandleTest, an_open_without_object_or_path_is_logged) {
   EXPECT_EQ("error: argument error\n",
             logged([] { EXPECT_EQ(nullptr, AdpFileOpen(nullptr, nullptr)); }));
+  slash_t empty{};
+  EXPECT_EQ("error: argument error\n",
+            logged([&] { EXPECT_EQ(nullptr, AdpFileOpen(&empty, "net/probe")); }));
   EXPECT_EQ("error: get the adp path failed\n",
             logged([] { EXPECT_EQ(nullptr, AdpFileOpen(nullptr, "//")); }));
 }
@@ -118,11 +121,44 @@ TEST_F(HandleTest, a_pure_object_is_served_by_the_store) {
   EXPECT_EQ("{}", spelled(AdpGet(nullptr, "sys", nullptr, nullptr)));
 }
 
-TEST_F(HandleTest, null_handles_give_0) {
-  EXPECT_EQ(0, AdpAbSet(nullptr, nullptr, nullptr, nullptr, nullptr));
-  EXPECT_EQ(nullptr, AdpAbGet(nullptr, nullptr, nullptr));
-  EXPECT_EQ(nullptr, AdpIfList(nullptr));
-  EXPECT_EQ(nullptr, AdpIfCall(nullptr, "x", nullptr, nullptr));
+TEST_F(HandleTest, a_value_text_that_gives_no_value_deletes) {
+  put_file("/etc/config/sys.cfg", "{\"a\":\"1\",\"b\":\"2\",\"c\":\"3\"}");
+  EXPECT_EQ(1, AdpSet(nullptr, "sys", nullptr, "a", nullptr, "{broken"));
+  EXPECT_EQ(1, AdpSet(nullptr, "sys", nullptr, "b", nullptr, ""));
+  EXPECT_EQ("{\"c\":\"3\"}", file_content("/etc/config/sys.cfg"));
+}
+
+TEST_F(HandleTest, a_node_wins_over_the_value_text_and_stays_the_callers) {
+  talk_t* value = StringTalk("node");
+  EXPECT_EQ(1, AdpSet(nullptr, "sys", nullptr, "a", value, "text"));
+  EXPECT_STREQ("node", RenderString(value));
+  TalkFree(value);
+  EXPECT_EQ("{\"a\":\"node\"}", file_content("/etc/config/sys.cfg"));
+}
+
+TEST_F(HandleTest, a_path_without_segments_addresses_the_whole_object) {
+  put_file("/etc/config/sys.cfg", "{\"a\":\"1\"}");
+  EXPECT_EQ("{\"a\":\"1\"}", spelled(AdpGet(nullptr, "sys", nullptr, "/")));
+  EXPECT_EQ(1, AdpSet(nullptr, "sys", nullptr, "", nullptr, "{\"b\":\"2\"}"));
+  EXPECT_EQ("{\"b\":\"2\"}", file_content("/etc/config/sys.cfg"));
+}
+
+TEST_F(HandleTest, null_handles_and_names_are_refused) {
+  const auto refused = [](auto result) {
+    const int error = errno;
+    errno = 0;
+    return !result && error == EINVAL;
+  };
+  errno = 0;
+  EXPECT_TRUE(refused(AdpAbSet(nullptr, nullptr, nullptr, nullptr, nullptr)));
+  EXPECT_TRUE(refused(AdpAbGet(nullptr, nullptr, nullptr)));
+  EXPECT_TRUE(refused(AdpIfList(nullptr)));
+  EXPECT_TRUE(refused(AdpIfCall(nullptr, "x", nullptr, nullptr)));
+  EXPECT_TRUE(refused(AdpCall(nullptr, "net/probe", nullptr, nullptr, nullptr)));
+  adp_t* adp = AdpFileOpen(nullptr, "net/probe");
+  errno = 0;
+  EXPECT_TRUE(refused(AdpIfCall(adp, nullptr, nullptr, nullptr)));
+  AdpFileClose(adp);
 }
 
 TEST_F(HandleTest, a_handle_without_its_module_is_logged) {

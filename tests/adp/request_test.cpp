@@ -96,6 +96,18 @@ TEST_P(RequestTest, a_set_without_value_deletes) {
   EXPECT_EQ("1 done", he("sys:a="));  // null equals what is not there
 }
 
+TEST_P(RequestTest, a_set_to_an_object_that_does_not_parse_deletes) {
+  put_file("/etc/config/sys.cfg", "{\"a\":\"1\",\"b\":\"2\"}");
+  EXPECT_EQ("1 done", he("sys:a={broken"));
+  EXPECT_EQ("{\"b\":\"2\"}", file_content("/etc/config/sys.cfg"));
+}
+
+TEST_P(RequestTest, marks_begin_listings_for_every_kind_but_calls) {
+  for (const char* text : {"?x", "?x:a", "?x:a=1", "?x|1"})
+    EXPECT_EQ("0 {\"net/probe\":\"/prj/net/probe.adp\"}", he(text)) << text;
+  EXPECT_EQ("0 null", he("?x.y"));  // an interface of the object "?x"
+}
+
 TEST_P(RequestTest, a_merge_writes_the_merged_object_if_it_differs) {
   put_file("/etc/config/sys.cfg", "{\"a\":\"1\",\"b\":\"1\"}");
   EXPECT_EQ("1 done", he("sys|{\"b\":\"2\"}"));
@@ -223,6 +235,10 @@ TEST_P(RequestTest, parameters_stand_at_their_numbers) {
             talk_he("{\"adp\":\"net/probe\",\"op\":\"echo\",\"5\":{},\"2\":\"x\"}"));
   EXPECT_EQ("0 {\"object\":\"net/probe\",\"count\":\"0\"}",
             talk_he("{\"adp\":\"net/probe\",\"op\":\"echo\",\"21\":\"x\"}"));
+  // What has no text is empty, and counts.
+  EXPECT_EQ("0 {\"object\":\"net/probe\",\"count\":\"4\",\"list\":\",a,,\"}",
+            talk_he("{\"adp\":\"net/probe\",\"op\":\"echo\",\"1\":7,\"2\":\"a\",\"3\":[1],"
+                    "\"4\":null}"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Roads, RequestTest,
