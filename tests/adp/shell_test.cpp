@@ -51,7 +51,6 @@ class ShellTest : public fairlead_test::ChannelTest,
   }
 
   slash_t* path(const char* text) {
-    SlashClear(&slash_);
     snprintf(path_text_, sizeof path_text_, "%s", text);
     SlashClear(&slash_);
     SlashAnalysis(&slash_, path_text_);
