@@ -43,8 +43,10 @@ bool watch_child(const Child& child, bool& drain) {
 
 }  // namespace
 
-extern "C" talk_t* pipe_fdtalk(int fd, const sigset_t* wait_mask, const sigset_t* outside_mask,
-                               const char* name, pid_t pid, int32_t* reaped) {
+extern "C" talk_t* pipe_fdtalk(
+    int fd, const sigset_t* wait_mask, const sigset_t* outside_mask,
+    // NOLINTNEXTLINE(readability-non-const-parameter): written through `child`
+    const char* name, pid_t pid, int32_t* reaped) {
   AnswerBuffer answer;
   if (!answer.ready() || !fd_nonblock(fd)) return nullptr;
   sigprocmask(SIG_SETMASK, outside_mask, nullptr);

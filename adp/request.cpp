@@ -73,9 +73,9 @@ int32_t serve(const RequestRoad& road, uii_t* identifier, talk_t** out) {
 }  // namespace
 
 extern "C" int32_t He(uii_t* identifier, talk_t** out) {
-  return serve(kPlainRoad, identifier, out);
+  return serve(plain_road(), identifier, out);
 }
 
 extern "C" int32_t SecureHe(uii_t* identifier, talk_t** out) {
-  return serve(kIsolatedRoad, identifier, out);
+  return serve(isolated_road(), identifier, out);
 }

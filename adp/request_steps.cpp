@@ -42,8 +42,15 @@ int32_t finish(bool done, talk_t** out) {
 
 }  // namespace
 
-const RequestRoad kPlainRoad = {AdpSet, AdpGet, AdpCall, false};
-const RequestRoad kIsolatedRoad = {AdpSecureSet, AdpSecureGet, AdpSecureCall, true};
+const RequestRoad& plain_road() {
+  static constexpr RequestRoad kRoad = {AdpSet, AdpGet, AdpCall, false};
+  return kRoad;
+}
+
+const RequestRoad& isolated_road() {
+  static constexpr RequestRoad kRoad = {AdpSecureSet, AdpSecureGet, AdpSecureCall, true};
+  return kRoad;
+}
 
 int32_t answer_read(const RequestRoad& road, const RequestTarget& target, talk_t** out) {
   *out = road.get(target.object, target.object_text, target.path, target.path_text);

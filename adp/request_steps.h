@@ -18,8 +18,8 @@ struct RequestRoad {
   bool empty_merge_is_done;  // the two roads differ here, and scripts rely on either
 };
 
-extern const RequestRoad kPlainRoad;
-extern const RequestRoad kIsolatedRoad;
+const RequestRoad& plain_road();
+const RequestRoad& isolated_road();
 
 // What a request addresses: object and configuration path, each as record or text.
 struct RequestTarget {

@@ -91,9 +91,9 @@ int32_t serve(const RequestRoad& road, int32_t (*by_identifier)(uii_t*, talk_t**
 }  // namespace
 
 extern "C" int32_t TalkHe(talk_t* request, talk_t** out) {
-  return serve(kPlainRoad, He, request, out);
+  return serve(plain_road(), He, request, out);
 }
 
 extern "C" int32_t SecureTalkHe(talk_t* request, talk_t** out) {
-  return serve(kIsolatedRoad, SecureHe, request, out);
+  return serve(isolated_road(), SecureHe, request, out);
 }
