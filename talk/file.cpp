@@ -12,7 +12,6 @@
 #include "talk/file_text.h"
 #include "talk/replace_file.h"
 
-using fairlead::ErrnoKeeper;
 using fairlead::OwnedText;
 
 OwnedText fairlead::read_file_text(const char* path) {
