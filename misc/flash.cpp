@@ -5,13 +5,12 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <optional>
 #include <string_view>
 
 #include "base/bounded_text.h"
-#include "base/errno_keeper.h"
 #include "base/fail.h"
+#include "base/stream.h"
 #include "fairlead/misc/files.h"
 
 namespace {
@@ -19,13 +18,6 @@ namespace {
 constexpr size_t kLineSize = 1024;
 constexpr std::string_view kPrefix = "mtd";
 constexpr size_t kNodeSize = 32;  // what the callers' buffers hold at least
-
-struct Closer {
-  void operator()(FILE* file) const {
-    fairlead::ErrnoKeeper keep;
-    fclose(file);
-  }
-};
 
 // The number of a line that begins with "mtd", a number and a colon.
 std::optional<int> partition_number(std::string_view line) {
@@ -52,7 +44,7 @@ bool find_node(const char* first, const char* second, int number, char* path) {
 
 extern "C" int proc_mtddevice(const char* name, char* character_path, char* block_path) {
   if (!name) return fairlead::fail<int>(EINVAL);
-  const std::unique_ptr<FILE, Closer> table(fopen("/proc/mtd", "re"));
+  const fairlead::Stream table(fopen("/proc/mtd", "re"));
   if (!table) return 0;
 
   bool found = false;

@@ -1,11 +1,9 @@
 // The device nodes of a flash partition, found in a "/proc/mtd" and a "/dev" of the test's own.
-#include <sched.h>
-#include <sys/mount.h>
-
 #include <functional>
 
 #include "fairlead/misc.h"
 #include "misc_support.h"
+#include "support/namespaces.h"
 
 namespace {
 
@@ -19,20 +17,9 @@ constexpr const char* kTable =
     "mtd1: 00010000 00010000 \"boot-env\"\n"
     "mtd12: 00fb0000 00010000 \"firmware\"\n";
 
-// Puts empty folders over "/proc" and "/dev", out of sight of all other processes. As root that
-// takes a mount namespace, else a user namespace in which one is root.
 bool hide_proc_and_dev() {
-  const uid_t user = getuid();
-  const gid_t group = getgid();
-  if (unshare(CLONE_NEWNS) != 0) {
-    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
-    put_file("/proc/self/setgroups", "deny");
-    put_file("/proc/self/uid_map", "0 " + std::to_string(user) + " 1");
-    put_file("/proc/self/gid_map", "0 " + std::to_string(group) + " 1");
-  }
-  return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-         mount("none", "/proc", "tmpfs", 0, nullptr) == 0 &&
-         mount("none", "/dev", "tmpfs", 0, nullptr) == 0;
+  return fairlead_test::enter_namespaces(CLONE_NEWNS) && fairlead_test::hide("/proc") &&
+         fairlead_test::hide("/dev");
 }
 
 struct Found {

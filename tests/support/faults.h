@@ -42,10 +42,8 @@ enum class Call {
   kSocket,
   kSocketpair,
   kConnect,
-  kSelect,  // select, pselect, poll, ppoll
-  kIoctl,   // ioctl, tcgetattr, tcsetattr, tcflush
-  kMask,    // sigprocmask
-  kSleep,   // nanosleep
+  kSelect,  // select, pselect
+  kIoctl,   // ioctl, tcgetattr, tcsetattr
   kAny,     // each of the above but allocations: for ending a process at any point of its work
 };
 
