@@ -3,6 +3,7 @@
 #define FAIRLEAD_MISC_H
 
 #include "fairlead/misc/files.h"
+#include "fairlead/misc/network.h"
 #include "fairlead/misc/process.h"
 
 #endif

@@ -30,7 +30,6 @@ int main(int count, char** arguments) {
   use_state();
   use_misc();
   use_log();
-  use_atcmd();
   use_adp(arguments[1]);
   return failures == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }
