@@ -7,6 +7,7 @@
 #include "base/formatted_text.h"
 #include "fairlead/talk/path.h"
 #include "log/out_of_memory.h"
+#include "talk/pieces.h"
 
 namespace fairlead {
 
@@ -23,7 +24,7 @@ class CallParameters {
       return;
     }
     if (text_) ParamAnalysis(&own_, text_.get());  // of nothing but blanks: a list without entries
-    if (!text_ || !all_entries_made()) usable_ = out_of_memory<bool>(kAdpSource);
+    if (!text_ || !all_entries_made(own_)) usable_ = out_of_memory<bool>(kAdpSource);
     chosen_ = &own_;
   }
   ~CallParameters() {
@@ -39,12 +40,6 @@ class CallParameters {
   param_t* get() { return chosen_; }
 
  private:
-  bool all_entries_made() const {
-    for (int index = 0; index < own_.count; ++index)
-      if (!own_.entry[index]) return false;
-    return true;
-  }
-
   param_t own_{};
   OwnedText text_;
   param_t* chosen_;

@@ -65,7 +65,7 @@ extern "C" talk_t* pipe_fdtalk(
     }
     const ssize_t received = answer.receive(fd);
     if (received < 0) {
-      if (errno == EAGAIN || errno == EINTR) continue;
+      if (errno == EINTR) continue;
       return nullptr;
     }
     if (received == 0 || answer.complete()) break;

@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 
 #include "base/descriptor.h"
 #include "fairlead/adp/isolated.h"
@@ -25,7 +26,21 @@ struct ChildSignals {
   sigset_t saved_mask;    // as the caller had it
   sigset_t outside_mask;  // SIGCHLD blocked: while the call runs
   sigset_t wait_mask;     // SIGCHLD open: only inside the wait for data
+  bool was_pending;       // one that the caller keeps blocked
 };
+
+// A SIGCHLD from before would end the first wait as if the new child had ended.
+bool take_pending() {
+  sigset_t pending;
+  sigpending(&pending);
+  if (sigismember(&pending, SIGCHLD) != 1) return false;
+  sigset_t only;
+  sigemptyset(&only);
+  sigaddset(&only, SIGCHLD);
+  const timespec no_wait = {};
+  sigtimedwait(&only, nullptr, &no_wait);
+  return true;
+}
 
 void prepare(const ChildCall& call, ChildSignals& signals) {
   sigaction(SIGCHLD, nullptr, &signals.former_action);
@@ -39,6 +54,7 @@ void prepare(const ChildCall& call, ChildSignals& signals) {
   sigdelset(&signals.wait_mask, SIGCHLD);
   if (sigprocmask(SIG_SETMASK, &signals.outside_mask, nullptr) != 0)
     LogWrite(kWarning, call.source, __LINE__, "sigprocmask( set a new signal mask ) failed");
+  signals.was_pending = take_pending();
 }
 
 // The default action is not put back: the empty handler stays, as callers have come to rely on.
@@ -78,7 +94,7 @@ talk_t* call_child(const ChildCall& call, ChildBody body, const void* request) {
   int ends[2];
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
     LogWrite(kErrorWithErrno, call.source, __LINE__, "socketpair error for %s( %s )", call.function,
-             call.subject);
+             call.name);
     return nullptr;
   }
   Descriptor parent_end(ends[0]);
@@ -100,6 +116,7 @@ talk_t* call_child(const ChildCall& call, ChildBody body, const void* request) {
                                call.name, child, &reaped);
   parent_end.reset();
   put_back(call, signals);
+  if (signals.was_pending) kill(getpid(), SIGCHLD);
   if (reaped == 0) reap(call, child);
   return answer;
 }

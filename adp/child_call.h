@@ -9,11 +9,11 @@ namespace fairlead {
 struct ChildCall {
   const char* source;    // the name the messages are logged under
   const char* function;  // the public function, as the messages name it
-  const char*
-      name;  // who the child is: its syslog identity, and its name in the channel's messages
-  const char* subject;  // what the function's own messages name in parentheses
-  bool named_end =
-      true;  // the message about the child's death names the function, not the child alone
+  // Who the child is: its syslog identity, and its name where the channel cannot be made or tells
+  // of the child's death.
+  const char* name;
+  const char* subject;    // what the function's other messages name in parentheses
+  bool named_end = true;  // the message about a death seen later names the function as well
 };
 
 using ChildBody = void (*)(const void* request, int answer_fd);

@@ -18,11 +18,8 @@ bool needs_module(int32_t type) { return type == ADP_DYN || type == ADP_PRJ; }
 }  // namespace
 
 extern "C" adp_t* AdpFileOpen(slash_t* object, const char* object_text) {
-  const char* name = object_name(object, object_text);
-  if (!name) {
-    LogWrite(kError, kAdpSource, __LINE__, "argument error");
-    return nullptr;
-  }
+  const char* name = required_object_name(object, object_text);
+  if (!name) return nullptr;
   Owned<adp_t> adp = zeroed<adp_t>();
   if (!adp) return out_of_memory<adp_t*>(kAdpSource);
   BoundedText(adp->name, sizeof adp->name).add(name);

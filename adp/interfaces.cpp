@@ -17,12 +17,20 @@ using namespace fairlead;
 // A record without a name or function ends the table, however many records are announced.
 bool is_usable(const adp_interface_t& record) { return record.name && record.function; }
 
-void add_interface(vessel_t* listing, const adp_interface_t& record) {
+// A text that is not given is left out. False: memory ran out.
+bool add_text(vessel_t* description, const char* name, const char* text) {
+  return !text || VesselSetS(description, name, text) == 1;
+}
+
+bool add_interface(vessel_t* listing, const adp_interface_t& record) {
+  if (*record.name == '\0') return true;  // no member can have this name
   OwnedTalk description(VesselCreate());
-  if (!description) return;
-  if (record.opt) VesselSetS(description.get(), "opt", record.opt);
-  if (record.intro) VesselSetS(description.get(), "intro", record.intro);
-  if (VesselSetX(listing, record.name, description.get())) (void)description.release();
+  if (!description || !add_text(description.get(), "opt", record.opt) ||
+      !add_text(description.get(), "intro", record.intro) ||
+      !VesselSetX(listing, record.name, description.get()))
+    return false;
+  (void)description.release();  // the listing's now
+  return true;
 }
 
 vessel_t* list_module(const adp_t* adp) {
@@ -40,12 +48,12 @@ vessel_t* list_module(const adp_t* adp) {
              adp->file);
     return nullptr;
   }
-  vessel_t* listing = VesselCreate();
+  OwnedTalk listing(VesselCreate());
   if (!listing) return nullptr;
   const auto count = size.value<int32_t>();
   for (int32_t index = 0; index < count && is_usable(table[index]); ++index)
-    add_interface(listing, table[index]);
-  return listing;
+    if (!add_interface(listing.get(), table[index])) return fail<vessel_t*>(ENOMEM);
+  return listing.release();
 }
 
 bool complain(const adp_t* adp, const ModuleSymbol& symbol, const char* name) {

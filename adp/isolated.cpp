@@ -108,8 +108,8 @@ struct CallRequest : ObjectRequest {
 
 extern "C" int32_t AdpSecureSet(slash_t* object, const char* object_text, slash_t* path,
                                 const char* path_text, talk_t* value, const char* value_text) {
-  const char* name = object_name(object, object_text);
-  if (!name) return fail<int32_t>(EINVAL);
+  const char* name = required_object_name(object, object_text);
+  if (!name) return 0;
   const SetRequest request{{object, object_text, name}, path, path_text, value, value_text};
   talk_t* answer = call_child({kAdpSource, "AdpSecureSet", name, name}, request);
   drop_answer(answer);
@@ -118,16 +118,17 @@ extern "C" int32_t AdpSecureSet(slash_t* object, const char* object_text, slash_
 
 extern "C" talk_t* AdpSecureGet(slash_t* object, const char* object_text, slash_t* path,
                                 const char* path_text) {
-  const char* name = object_name(object, object_text);
-  if (!name) return fail<talk_t*>(EINVAL);
+  const char* name = required_object_name(object, object_text);
+  if (!name) return nullptr;
   const GetRequest request{{object, object_text, name}, path, path_text};
   return call_child({kAdpSource, "AdpSecureGet", name, name}, request);
 }
 
 extern "C" talk_t* AdpSecureCall(slash_t* object, const char* object_text, const char* name,
                                  param_t* parameters, const char* format, ...) {
-  const char* own_name = object_name(object, object_text);
-  if (!name || !own_name) return fail<talk_t*>(EINVAL);
+  if (!name) return fail<talk_t*>(EINVAL);
+  const char* own_name = required_object_name(object, object_text);
+  if (!own_name) return nullptr;
   va_list arguments;
   va_start(arguments, format);
   CallParameters call(parameters, format, arguments);

@@ -10,16 +10,14 @@
 #include "adp/fixed_paths.h"
 #include "base/bounded_text.h"
 #include "base/directory.h"
+#include "base/fail.h"
 #include "base/result_buffer.h"
-#include "fairlead/talk/edit.h"
 #include "fairlead/talk/node.h"
 #include "talk/owned_talk.h"
 
 namespace {
 
 using namespace fairlead;
-
-using Listing = vessel_t* (*)(const char* project);
 
 // Where the name is cut: at the first extension that occurs anywhere in it, not only at its end. So
 // a file kept beside as wan.adp.old is listed as well; tools that look for leftovers rely on it.
@@ -29,14 +27,13 @@ const char* find_extension(const char* name, const char* const* extensions) {
   return nullptr;
 }
 
-vessel_t* list_project(const char* project, const char* const* extensions) {
+// False with errno ENOMEM: the listing lacks a file. False with another: there is no such folder.
+bool add_project(vessel_t* listing, const char* project, const char* const* extensions) {
   PathText folder;
   folder.add(kProjectRoot).add('/').add(project);
-  if (folder.cut()) return nullptr;  // it would name another folder
+  if (folder.cut()) return fail<bool>(ENAMETOOLONG);  // it would be another folder
   Directory directory(folder.text());
-  if (!directory) return nullptr;
-  OwnedTalk listing(VesselCreate());
-  if (!listing) return nullptr;
+  if (!directory) return false;
 
   while (const char* name = directory.next_visible()) {
     const char* end = find_extension(name, extensions);
@@ -45,22 +42,26 @@ vessel_t* list_project(const char* project, const char* const* extensions) {
     key.add(project).add('/').add({name, static_cast<size_t>(end - name)});
     FixedText<2 * kPathSize> file;
     file.add(folder.text()).add('/').add(name);
-    if (!VesselSetS(listing.get(), key.text(), file.text())) return nullptr;
+    if (!VesselSetS(listing, key.text(), file.text())) return fail<bool>(ENOMEM);
   }
+  return true;
+}
+
+vessel_t* list_all_projects(const char* const* extensions) {
+  const OwnedTalk projects(ProjectList());
+  if (!projects) return errno == ENOMEM ? nullptr : VesselCreate();
+  OwnedTalk listing(VesselCreate());
+  if (!listing) return nullptr;
+  for (axp_t* project = VesselEach(projects.get(), nullptr); project;
+       project = VesselEach(projects.get(), project))
+    if (!add_project(listing.get(), AxpGet(project), extensions) && errno == ENOMEM) return nullptr;
   return listing.release();
 }
 
-vessel_t* list_all_projects(Listing list) {
-  OwnedTalk all(VesselCreate());
-  if (!all) return nullptr;
-  const OwnedTalk projects(ProjectList());
-  if (!projects) return all.release();
-  for (axp_t* project = VesselEach(projects.get(), nullptr); project;
-       project = VesselEach(projects.get(), project)) {
-    const OwnedTalk listing(list(AxpGet(project)));
-    if (listing && VesselModify(listing.get(), all.get()) < 0) return nullptr;
-  }
-  return all.release();
+vessel_t* list(const char* project, const char* const* extensions) {
+  if (!project) return list_all_projects(extensions);
+  OwnedTalk listing(VesselCreate());
+  return listing && add_project(listing.get(), project, extensions) ? listing.release() : nullptr;
 }
 
 }  // namespace
@@ -73,7 +74,7 @@ extern "C" vessel_t* ProjectList(void) {
   while (const char* name = directory.next_visible()) {
     FixedText<2 * kPathSize> path;
     path.add(kProjectRoot).add('/').add(name);
-    if (!VesselSetS(projects.get(), name, path.text())) return nullptr;
+    if (!VesselSetS(projects.get(), name, path.text())) return fail<vessel_t*>(ENOMEM);
   }
   return projects.release();
 }
@@ -87,12 +88,12 @@ extern "C" char* ProjectPath(const char* project, char* buffer, int size) {
 
 extern "C" vessel_t* ProjectAdpList(const char* project) {
   static constexpr const char* kExtensions[] = {kModuleExtension, kScriptExtension, nullptr};
-  return project ? list_project(project, kExtensions) : list_all_projects(ProjectAdpList);
+  return list(project, kExtensions);
 }
 
 extern "C" vessel_t* ProjectCfgList(const char* project) {
   static constexpr const char* kExtensions[] = {kConfigExtension, nullptr};
-  return project ? list_project(project, kExtensions) : list_all_projects(ProjectCfgList);
+  return list(project, kExtensions);
 }
 
 extern "C" char* ProjectAdpPath(slash_t* path, char* buffer, int size) {

@@ -164,7 +164,7 @@ extern "C" talk_t* ShellIfList(const char* script) {
 }
 
 extern "C" talk_t* ShellIfCall(adp_t* adp, const char* name, param_t* parameters) {
-  if (!adp || !name) return nullptr;
+  if (!adp || !name) return fail<talk_t*>(EINVAL);
   char identifier[kPathSize];
   UiiAssembly(adp->name, name, nullptr, identifier, sizeof identifier);
   FixedText<2 * kPathSize> subject;

@@ -15,18 +15,22 @@ namespace {
 using namespace fairlead;
 
 // The stem ends at the first extension anywhere in the name, so a copy such as lan.cfg.bak lists as
-// lan too.
-void add_file(vessel_t* listing, const char* name, const char* path) {
+// lan too. False: memory ran out.
+bool add_file(vessel_t* listing, const char* name, const char* path) {
   const char* extension = strstr(name, kConfigSuffix);
-  if (!extension) return;
+  if (!extension) return true;
   PathText stem;
   stem.add({name, static_cast<size_t>(extension - name)});
-  VesselSetS(listing, stem.text(), path);
+  return VesselSetS(listing, stem.text(), path) == 1;
 }
 
-void add_folder(vessel_t* listing, const char* name, const char* path) {
+// A folder that cannot be read adds nothing.
+bool add_folder(vessel_t* listing, const char* name, const char* path) {
   OwnedTalk inner(config_list_all(path));
-  if (inner && VesselSetX(listing, name, inner.get())) (void)inner.release();
+  if (!inner) return errno != ENOMEM;
+  if (!VesselSetX(listing, name, inner.get())) return false;
+  (void)inner.release();  // the listing's now
+  return true;
 }
 
 }  // namespace
@@ -50,10 +54,8 @@ extern "C" vessel_t* config_list_all(const char* directory) {
     struct stat status;
     // A path that was cut names something else; leaving it out also ends a loop of links.
     if (path.cut() || stat(path.text(), &status) != 0) continue;
-    if (S_ISDIR(status.st_mode))
-      add_folder(listing.get(), name, path.text());
-    else
-      add_file(listing.get(), name, path.text());
+    const auto add = S_ISDIR(status.st_mode) ? add_folder : add_file;
+    if (!add(listing.get(), name, path.text())) return fail<vessel_t*>(ENOMEM);
   }
   return listing.release();
 }

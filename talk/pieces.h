@@ -3,6 +3,8 @@
 
 #include <cstring>
 
+#include "fairlead/talk/path.h"
+
 namespace fairlead {
 
 // Ends the text after its last character that is not white space, and gives its first character
@@ -18,6 +20,13 @@ inline char* trim(char* text) {
 inline int slot_of(int index, int last, int count) {
   const int chosen = index == -1 ? last : index;
   return chosen >= 1 && chosen <= count ? chosen - 1 : -1;
+}
+
+// False: memory ran out over an entry, so that the list lacks a parameter.
+inline bool all_entries_made(const param_t& list) {
+  for (int slot = 0; slot < list.count; ++slot)
+    if (!list.entry[slot]) return false;
+  return true;
 }
 
 }  // namespace fairlead

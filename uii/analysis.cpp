@@ -8,6 +8,7 @@
 #include "fairlead/talk/node.h"
 #include "fairlead/uii.h"
 #include "log/out_of_memory.h"
+#include "talk/pieces.h"
 #include "uii/pieces.h"
 
 namespace {
@@ -100,5 +101,7 @@ extern "C" int UiiAnalysis(uii_t* uii) {
   if (!*object) return fail<int>(EINVAL);
   char* marker = object + strcspn(object, kMarkers);
   if (*marker && marker != object) take_form(uii, marker);
+  if (!fairlead::all_entries_made(uii->parameter))
+    return fairlead::out_of_memory<int>(fairlead::kUiiSource);
   return SlashAnalysis(&uii->object, object) ? 1 : fail<int>(EINVAL);
 }

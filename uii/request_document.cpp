@@ -10,43 +10,47 @@ namespace {
 
 using namespace fairlead;
 
-constexpr int32_t kSetKind = 3;
-constexpr int32_t kMergeKind = 4;
-
-void add_text(vessel_t* request, const char* name, const char* text) {
-  if (text) VesselSetS(request, name, text);
+// Each gives false when memory runs out: a request with a part missing would ask for something
+// else.
+bool add_text(vessel_t* request, const char* name, const char* text) {
+  return VesselSetS(request, name, text) == 1;
 }
 
-void add_copy(vessel_t* request, const char* name, talk_t* value) {
-  OwnedTalk copy(value ? TalkDup(value) : nullptr);
-  if (copy && VesselSetX(request, name, copy.get())) (void)copy.release();
+// No value adds nothing; errno, cleared before, tells when it is one that was lost.
+bool add_copy(vessel_t* request, const char* name, talk_t* value) {
+  if (!value) return errno != ENOMEM;
+  OwnedTalk copy(TalkDup(value));
+  if (!copy || !VesselSetX(request, name, copy.get())) return false;
+  (void)copy.release();  // the request's now
+  return true;
 }
 
 // From the highest number down: the order that readers of these documents have always seen.
-void add_parameters(vessel_t* request, uii_t* uii) {
+bool add_call(vessel_t* request, uii_t* uii) {
+  if (!add_text(request, "fn", UiiInterface(uii))) return false;
   for (int number = UiiParamCount(uii); number > 0; --number) {
     FixedText<16> name;
     name.format("%d", number);
-    add_copy(request, name.text(), UiiParamGetT(uii, number));
+    if (!add_copy(request, name.text(), UiiParamGetT(uii, number))) return false;
   }
+  return true;
+}
+
+bool add_data(vessel_t* request, uii_t* uii) {
+  if (UiiConfigCount(uii) > 0 && !add_text(request, "ab", UiiConfigString(uii))) return false;
+  if (uii->kind != UII_SET && uii->kind != UII_MERGE) return true;
+  return add_text(request, "op", uii->kind == UII_SET ? "=" : "|") &&
+         add_copy(request, "v", UiiValueTalk(uii));
 }
 
 }  // namespace
 
 extern "C" vessel_t* UiiTalk(uii_t* uii) {
-  if (!uii) return fail<vessel_t*>(EINVAL);
-  vessel_t* request = VesselCreate();
-  if (!request) return nullptr;
-
-  add_text(request, "adp", UiiObjectString(uii));
-  if (UiiInterface(uii)) {
-    add_text(request, "fn", UiiInterface(uii));
-    add_parameters(request, uii);
-    return request;
-  }
-  add_text(request, "ab", UiiConfigString(uii));
-  if (uii->kind != kSetKind && uii->kind != kMergeKind) return request;
-  add_text(request, "op", uii->kind == kSetKind ? "=" : "|");
-  add_copy(request, "v", UiiValueTalk(uii));
-  return request;
+  if (UiiObjectCount(uii) < 1) return fail<vessel_t*>(EINVAL);
+  errno = 0;
+  OwnedTalk request(VesselCreate());
+  if (!request || !add_text(request.get(), "adp", UiiObjectString(uii)) ||
+      !(UiiInterface(uii) ? add_call(request.get(), uii) : add_data(request.get(), uii)))
+    return fail<vessel_t*>(ENOMEM);
+  return request.release();
 }

@@ -2,6 +2,7 @@
 #include <cstdarg>
 
 #include "base/bounded_text.h"
+#include "base/fail.h"
 #include "base/owned.h"
 #include "base/percent.h"
 #include "base/result_buffer.h"
@@ -10,43 +11,51 @@
 #include "fairlead/uii.h"
 #include "talk/member_path.h"
 #include "talk/owned_talk.h"
-#include "talk/path_choice.h"
 #include "talk/roles.h"
 
 namespace {
 
 using namespace fairlead;
 
-// The text of a path that is given as a format; null when a record, or nothing, must serve.
-class FormattedPath {
+// The place that a call names: the caller's record, or what the format makes. Nothing on the way
+// takes memory, so that a path is never lost and the whole document taken in its stead.
+class Place {
  public:
+  enum Percent { kAsItIs, kFormattedAgain };
+
   __attribute__((format(printf, 3, 0)))
-  FormattedPath(const slash_t* record, const char* format, va_list arguments)
-      : given_(!record && format) {
-    if (given_) text_.vformat(format, arguments);
+  Place(slash_t* record, const char* format, va_list arguments, Percent percent = kAsItIs)
+      : path_(record) {
+    if (record || !format) return;
+    usable_ = !text_.vformat(format, arguments).failed();
+    // The text is taken for a format once more; callers have come to double their percent signs.
+    if (percent == kFormattedAgain) halve_percent(text_.text());
+    SlashAnalysis(&own_, text_.text());
+    path_ = &own_;
   }
 
-  char* text() { return given_ ? text_.text() : nullptr; }
-
-  // The text is taken for a format once more; callers have come to double their percent signs.
-  char* text_formatted_again() {
-    if (given_) halve_percent(text_.text());
-    return text();
-  }
+  bool usable() const { return usable_; }  // false: the format was refused
+  slash_t* path() const { return path_; }  // null: neither record nor format
+  int depth() const { return path_ ? path_->count : 0; }
 
  private:
   PathText text_;
-  bool given_;
+  slash_t own_{};
+  slash_t* path_;
+  bool usable_ = true;
 };
 
-int set(talk_t* document, talk_t* value, slash_t* path) {
-  if (!path) return 0;
-  return (value ? put_at(document, path, value) : remove_at(document, path)) ? 1 : 0;
+// False: the value is still the caller's.
+bool set(talk_t* document, talk_t* value, const Place& place) {
+  if (!place.usable()) return false;
+  if (!place.path()) return fail<bool>(EINVAL);
+  return value ? put_at(document, place.path(), value) : remove_at(document, place.path());
 }
 
-talk_t* get(talk_t* document, const slash_t* path) {
-  if (!document || !VesselCheck(document)) return nullptr;
-  return path ? find_at(document, path) : document;
+talk_t* get(talk_t* document, const Place& place) {
+  if (!place.usable()) return nullptr;
+  if (!is_vessel(document)) return fail<talk_t*>(EINVAL);
+  return place.depth() > 0 ? find_at(document, place.path()) : document;
 }
 
 }  // namespace
@@ -54,22 +63,21 @@ talk_t* get(talk_t* document, const slash_t* path) {
 extern "C" int TalkUiiSet(talk_t* document, talk_t* value, slash_t* path, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  FormattedPath formatted(path, format, arguments);
+  const Place place(path, format, arguments);
   va_end(arguments);
-  PathChoice choice(path, formatted.text());
-  return set(document, value, choice.get());
+  return set(document, value, place) ? 1 : 0;
 }
 
 extern "C" int TalkUiiSetS(talk_t* document, const char* value, slash_t* path, const char* format,
                            ...) {
   va_list arguments;
   va_start(arguments, format);
-  FormattedPath formatted(path, format, arguments);
+  const Place place(path, format, arguments, Place::kFormattedAgain);
   va_end(arguments);
-  PathChoice choice(path, formatted.text_formatted_again());
+  if (!place.usable()) return 0;
 
   OwnedTalk node(StringTalk(value));
-  if (!node || !set(document, node.get(), choice.get())) return 0;
+  if (!node || !set(document, node.get(), place)) return 0;
   (void)node.release();  // the document's now
   return 1;
 }
@@ -77,22 +85,20 @@ extern "C" int TalkUiiSetS(talk_t* document, const char* value, slash_t* path, c
 extern "C" talk_t* TalkUiiGet(talk_t* document, slash_t* path, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  FormattedPath formatted(path, format, arguments);
+  const Place place(path, format, arguments);
   va_end(arguments);
-  PathChoice choice(path, formatted.text());
-  return get(document, choice.get());
+  return get(document, place);
 }
 
 extern "C" char* TalkUiiGetS(talk_t* document, char* buffer, int size, slash_t* path,
                              const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  FormattedPath formatted(path, format, arguments);
+  const Place place(path, format, arguments, Place::kFormattedAgain);
   va_end(arguments);
-  PathChoice choice(path, formatted.text_formatted_again());
-  if (!choice.get()) return nullptr;
+  if (!place.path()) return fail<char*>(EINVAL);
 
-  talk_t* node = get(document, choice.get());
+  talk_t* node = get(document, place);
   const OwnedText text(node ? TalkString(node) : nullptr);
   if (!text) return nullptr;
   static char fallback[4096];
@@ -103,9 +109,8 @@ extern "C" char* TalkUiiGetS(talk_t* document, char* buffer, int size, slash_t* 
 extern "C" talk_t* TalkUiiCut(talk_t* document, slash_t* path, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  FormattedPath formatted(path, format, arguments);
+  const Place place(path, format, arguments);
   va_end(arguments);
-  PathChoice choice(path, formatted.text());
-  if (choice.count() == 0) return get(document, nullptr);
-  return get(document, nullptr) ? cut_at(document, choice.get()) : nullptr;
+  const bool below = place.usable() && place.depth() > 0;
+  return below ? cut_at(document, place.path()) : get(document, place);
 }

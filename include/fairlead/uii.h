@@ -129,20 +129,22 @@ const char* UiiParamString(uii_t* uii);
 /* The identifier as a small request document: "adp" the object path; with an interface "fn" its
  * name and the parameters under their numbers, from the highest down to "1" (an empty one adds
  * nothing); without one "ab" the configuration path when there is one, and for a value "op" ("=" or
- * "|") and "v" the value when there is one. Returns a new document (free it with TalkFree), or null
- * with errno EINVAL when uii is null. */
+ * "|") and "v" the value when there is one. Values and parameters are copied.
+ * Returns a new document (free it with TalkFree), or null with errno: EINVAL uii null or without an
+ * object path | ENOMEM: a request with a part missing would ask for something else. */
 vessel_t* UiiTalk(uii_t* uii);
 
 /* The family below works on a node at a slash path inside a document in memory. The path is a
  * record, or, when that is null, a printf-style format whose text is cut at 255 characters; the
- * first member of a name counts. errno is that of the failing talk function. Not for two threads at
- * a time on one document. */
+ * first member of a name counts. errno: EINVAL the document is null or no object, or a segment is
+ * missing on the way | that of printf for a format it refuses, which addresses nothing | ENOMEM.
+ * Not for two threads at a time on one document. */
 
 /* Puts `value` at the path, making members and objects on the way and replacing what is no object
  * there; the value itself becomes part of the document. A null value removes the member at the
- * path, and changes nothing when there is none. Returns 1; 0 when the path has no segment or is
- * missing, the document is no object, the member to remove is not there, or the value cannot stand
- * in an object: it is then still the caller's. */
+ * path. Returns 1, or 0 with the document as it was and the value still the caller's: the path has
+ * no segment or is missing (EINVAL), the member to remove is not there, memory ran out, or the
+ * value cannot stand there: it is a member, or part of a document already (of this one too). */
 int TalkUiiSet(talk_t* document, talk_t* value, slash_t* path, const char* format, ...)
     __attribute__((format(printf, 4, 5)));
 
@@ -160,8 +162,7 @@ talk_t* TalkUiiGet(talk_t* document, slash_t* path, const char* format, ...)
 /* The node at the path as text: an object's JSON text or a string, cut to fit, in buffer[0..size),
  * or in a static buffer of 4096 bytes, good until the next such call, when buffer is null or size
  * below 1. Null when there is nothing, or another kind of node, at the path, or both path arguments
- * are null. In the formatted path "%%" becomes
- * "%" once more. */
+ * are null (EINVAL). In the formatted path "%%" becomes "%" once more. */
 char* TalkUiiGetS(talk_t* document, char* buffer, int size, slash_t* path, const char* format, ...)
     __attribute__((format(printf, 5, 6)));
 

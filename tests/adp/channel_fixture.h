@@ -2,7 +2,11 @@
 // text.
 #pragma once
 
+#include <malloc.h>
+#include <unistd.h>
+
 #include <csignal>
+#include <fstream>
 #include <string>
 
 #include "fairlead/fairlead.h"
@@ -50,5 +54,21 @@ inline std::string spelled(talk_t* answer) {
   TalkFree(answer);
   return result;
 }
+
+// The memory of this process that is in use. What a sanitizer keeps of freed blocks counts as well.
+inline size_t resident_bytes() {
+#ifdef __GLIBC__
+  malloc_trim(0);
+#endif
+  size_t total = 0, resident = 0;
+  std::ifstream("/proc/self/statm") >> total >> resident;
+  return resident * static_cast<size_t>(getpagesize());
+}
+
+#ifdef __SANITIZE_ADDRESS__
+inline constexpr size_t kResidentSlack = 1 << 30;
+#else
+inline constexpr size_t kResidentSlack = 8 << 20;
+#endif
 
 }  // namespace fairlead_test

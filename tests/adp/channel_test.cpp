@@ -75,13 +75,39 @@ TEST_F(PipeTest, a_nul_ends_the_answer_while_the_child_lives_on) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
 }
 
-TEST_F(PipeTest, byte_by_byte_is_whole) {
-  EXPECT_EQ("{\"a\":\"1\"}", answer_of([](int fd) {
-              for (char c : std::string("{\"a\":\"1\"}")) {
-                say(fd, std::string(1, c));
-                usleep(1000);
-              }
-            }));
+// No piece may be lost, doubled or out of place.
+TEST_F(PipeTest, answers_of_any_size_arrive_whole_in_one_piece_or_byte_by_byte) {
+  for (size_t size : {0, 1, 2, 4094, 4095, 4096, 4097, 8191, 8192, 65536, 10000000}) {
+    std::string answer;
+    for (size_t at = 0; at < size; ++at) answer += static_cast<char>('a' + at % 23);
+    const std::string meaning = size ? answer : "null";
+    EXPECT_TRUE(meaning == answer_of([&](int fd) { say(fd, answer); })) << size;
+    EXPECT_TRUE(meaning == answer_of([&](int fd) { say(fd, answer + '\0'); })) << size;
+    if (size > 65536) continue;
+    EXPECT_TRUE(meaning == answer_of([&](int fd) {
+                  for (char c : answer) say(fd, std::string(1, c));
+                }))
+        << size;
+  }
+}
+
+// FAIRLEAD_MANY_BYTES=10000000 is the long form.
+TEST_F(PipeTest, very_many_single_bytes_are_whole) {
+  const char* text = getenv("FAIRLEAD_MANY_BYTES");
+  const size_t size = text ? static_cast<size_t>(atoi(text)) : 300000;
+  EXPECT_EQ(size, answer_of([&](int fd) {
+                    for (size_t at = 0; at < size; ++at) (void)!write(fd, "x", 1);
+                  }).size());
+}
+
+// Urgent bytes are no part of the answer, and must not keep the wait awake for ever.
+TEST_F(PipeTest, an_urgent_byte_ends_with_the_child) {
+  const std::string answer = answer_of([](int fd) {
+    send(fd, "!", 1, MSG_OOB);
+    usleep(100000);
+    say(fd, "late");
+  });
+  EXPECT_TRUE(answer == "late" || answer == "null") << answer;
 }
 
 TEST_F(PipeTest, a_flood_is_kept) {

@@ -189,8 +189,9 @@ TEST_F(HandleTest, interfaces_are_listed_with_opt_and_intro) {
 }
 
 TEST_F(HandleTest, odd_tables_list_what_is_usable) {
-  for (const char* name : {"odd/hole", "odd/twice", "odd/zero", "odd/null"})
+  for (const char* name : {"odd/hole", "odd/blank", "odd/twice", "odd/zero", "odd/null"})
     install("tables", name);
+  EXPECT_EQ("{\"a\":{},\"c\":{}}", list_of("odd/blank"));
   EXPECT_EQ("{\"a\":{}}", list_of("odd/hole"));
   EXPECT_EQ("{\"a\":{\"opt\":\"two\"},\"b\":{}}", list_of("odd/twice"));
   EXPECT_EQ("{}", list_of("odd/zero"));

@@ -2,12 +2,17 @@
 #include "fairlead/adp/isolated.h"
 
 #include <sys/time.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
+#include <algorithm>
+#include <sstream>
 
 #include "adp/adp_support.h"
 #include "support/child.h"
 #include "support/faults.h"
 #include "support/syslog.h"
+#include "talk/owned_talk.h"
 
 namespace {
 
@@ -72,9 +77,14 @@ TEST_F(IsolatedTest, what_has_no_text_is_logged) {
             logged([] { EXPECT_EQ("null", call("array")); }));
 }
 
+TEST_F(IsolatedTest, a_wrong_answer_gives_nothing) {
+  EXPECT_EQ("", logged([] { EXPECT_EQ("null", call("misbehave", "wrong")); }));
+}
+
 TEST_F(IsolatedTest, answers_of_any_size_arrive_whole) {
   for (const char* size : {"1", "4094", "4095", "4096", "4097", "8192", "10000000"})
     EXPECT_EQ(static_cast<size_t>(atoi(size)), call("lengthy", size).size()) << size;
+  EXPECT_EQ("null", call("lengthy", "0"));  // an empty string cannot be told from nothing
 }
 
 TEST_F(IsolatedTest, null_names_are_refused_before_anything_is_made) {
@@ -85,15 +95,44 @@ TEST_F(IsolatedTest, null_names_are_refused_before_anything_is_made) {
   EXPECT_EQ(0, fault.calls());
 }
 
-TEST_F(IsolatedTest, the_child_has_the_call_for_its_name_and_one_descriptor_more) {
-  talk_t* answer = AdpSecureCall(nullptr, "net/probe", "describe", nullptr, nullptr);
+TEST_F(IsolatedTest, a_missing_object_is_logged) {
+  slash_t nowhere = {};
+  EXPECT_EQ("error: argument error\n", logged([] {
+              EXPECT_EQ(0, AdpSecureSet(nullptr, nullptr, nullptr, nullptr, nullptr, "1"));
+            }));
+  EXPECT_EQ("error: argument error\n", logged([&] {
+              EXPECT_EQ(nullptr, AdpSecureGet(&nowhere, "net/probe", nullptr, nullptr));
+            }));
+  EXPECT_EQ("error: argument error\n", logged([] {
+              EXPECT_EQ(nullptr, AdpSecureCall(nullptr, nullptr, "x", nullptr, nullptr));
+            }));
+  EXPECT_EQ("", logged([] {
+              EXPECT_EQ(nullptr, AdpSecureCall(nullptr, nullptr, nullptr, nullptr, nullptr));
+            }));
+}
+
+TEST_F(IsolatedTest, the_child_has_the_call_for_its_name) {
+  const fairlead::OwnedTalk answer(
+      AdpSecureCall(nullptr, "net/probe", "describe", nullptr, nullptr));
   ASSERT_NE(nullptr, answer);
-  EXPECT_STREQ("net/probe.descr", VesselGetS(answer, "name"));  // the kernel keeps 15 characters
-  const std::string own = spelled(AdpCall(nullptr, "net/probe", "describe", nullptr, nullptr));
-  std::string channel_added = VesselGetS(answer, "descriptors");
-  TalkFree(answer);
-  const std::string plain = own.substr(own.find("descriptors\":\"") + 14);
-  EXPECT_EQ(plain.size() - 2 + 2, channel_added.size()) << plain << " / " << channel_added;
+  EXPECT_STREQ("net/probe.descr", VesselGetS(answer.get(), "name"));  // 15 characters
+}
+
+TEST_F(IsolatedTest, the_child_has_its_end_of_the_channel_and_nothing_else_more) {
+  const fairlead::OwnedTalk own(AdpCall(nullptr, "net/probe", "describe", nullptr, nullptr));
+  const fairlead::OwnedTalk childs(
+      AdpSecureCall(nullptr, "net/probe", "describe", nullptr, nullptr));
+  ASSERT_NE(nullptr, own);
+  ASSERT_NE(nullptr, childs);
+  std::string more = VesselGetS(childs.get(), "descriptors");
+  std::istringstream mine(VesselGetS(own.get(), "descriptors"));
+  for (std::string entry; mine >> entry;) {
+    const size_t at = more.find(entry + " ");
+    ASSERT_NE(std::string::npos, at) << entry << " is missing in " << more;
+    more.erase(at, entry.size() + 1);
+  }
+  EXPECT_NE(std::string::npos, more.find("=socket:")) << more;
+  EXPECT_EQ(1, std::count(more.begin(), more.end(), '=')) << more;
 }
 
 TEST_F(IsolatedTest, the_childs_syslog_name_is_the_object) {
@@ -170,20 +209,57 @@ TEST_F(IsolatedTest, handler_flags_mask_and_alarm_come_back) {
   signal_register(SIGCHLD, count_signal);
 }
 
+// As a program has it that reads its children's ends from a signalfd.
+TEST_F(IsolatedTest, a_caller_that_blocks_sigchld_keeps_it_pending_and_gets_every_answer) {
+  sigset_t blocked, former, now;
+  sigemptyset(&blocked);
+  sigaddset(&blocked, SIGCHLD);
+  sigprocmask(SIG_BLOCK, &blocked, &former);
+  raise(SIGCHLD);
+  for (int round = 0; round < 20; ++round) {
+    EXPECT_EQ("just so", call("string"));
+    EXPECT_EQ(-1, waitpid(-1, nullptr, WNOHANG)) << "a child is left in round " << round;
+    sigpending(&now);
+    EXPECT_EQ(1, sigismember(&now, SIGCHLD));
+  }
+  EXPECT_EQ(0, signals_);
+  sigprocmask(SIG_SETMASK, &former, &now);
+  EXPECT_EQ(1, signals_);
+  EXPECT_EQ(1, sigismember(&now, SIGCHLD));
+}
+
+TEST_F(IsolatedTest, callers_that_ignore_or_collect_all_children_get_every_answer) {
+  const auto collect = [](int) {
+    while (waitpid(-1, nullptr, WNOHANG) > 0) continue;
+  };
+  for (signal_function_t handler : {SIG_IGN, static_cast<signal_function_t>(collect)}) {
+    signal_register(SIGCHLD, handler);
+    for (int round = 0; round < 10; ++round) EXPECT_EQ("just so", call("string"));
+    EXPECT_EQ("null", call("misbehave", "exit"));
+    EXPECT_EQ(handler, signal_register(SIGCHLD, count_signal));
+  }
+}
+
 // A third of the calls go wrong in every way there is; the fixture's census finds what they leave
-// behind.
+// behind. FAIRLEAD_MANY_CALLS=10000 is the long form.
 TEST_F(IsolatedTest, many_bad_calls_leave_nothing_behind) {
   const char* text = getenv("FAIRLEAD_MANY_CALLS");
   const int many = text ? atoi(text) : 300;
-  const char* how[] = {"segv", "abort", "exit", "close"};
+  constexpr int kFloods = 3;
+  constexpr size_t kFloodSize = 50 << 20;
+  const char* how[] = {"segv", "abort", "exit", "close", "wrong"};
+  const size_t before = fairlead_test::resident_bytes();
   logged([&] {
     for (int round = 0; round < many; ++round) {
-      if (round % 3 == 0)
-        EXPECT_EQ("null", call("misbehave", how[round / 3 % 4]));
+      if (round % (many / kFloods) == 0)
+        EXPECT_EQ(kFloodSize, call("lengthy", std::to_string(kFloodSize).c_str()).size());
+      else if (round % 3 == 0)
+        EXPECT_EQ("null", call("misbehave", how[round / 3 % 5]));
       else
         EXPECT_EQ("just so", call("string"));
     }
   });
+  EXPECT_LT(fairlead_test::resident_bytes(), before + fairlead_test::kResidentSlack);
 }
 
 }  // namespace

@@ -4,13 +4,14 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "adp/channel_fixture.h"
+#include "adp/adp_support.h"
 #include "support/child.h"
 #include "support/faults.h"
 
 namespace {
 
 using fairlead_test::Call;
+using fairlead_test::EachCall;
 using fairlead_test::Ended;
 using fairlead_test::exists;
 using fairlead_test::Fault;
@@ -20,7 +21,7 @@ using fairlead_test::put_file;
 using fairlead_test::run_child;
 using fairlead_test::spelled;
 
-class LimitsTest : public fairlead_test::ChannelTest {
+class LimitsTest : public fairlead_test::AdapterTest {
  protected:
   slash_t* path(const std::string& text) {
     SlashClear(&slash_);
@@ -54,7 +55,7 @@ class LimitsTest : public fairlead_test::ChannelTest {
 
   void TearDown() override {
     SlashClear(&slash_);
-    ChannelTest::TearDown();
+    AdapterTest::TearDown();
   }
 
   slash_t slash_{};
@@ -319,20 +320,41 @@ TEST_F(LimitsTest, a_parameter_without_a_text_form_makes_the_request_unusable) {
 }
 
 TEST_F(LimitsTest, a_listing_is_whole_or_null) {
-  for (const char* file : {"/prj/net/wan.adp", "/prj/net/lan.ash", "/prj/radio/wifi.adp"})
+  for (const char* file :
+       {"/prj/net/wan.adp", "/prj/net/lan.ash", "/prj/net/a.cfg", "/prj/radio/wifi.adp"})
     put_file(file, "");
-  const std::string all = spelled(ProjectAdpList(nullptr));
-  const std::string net = spelled(ProjectAdpList("net"));
-  const int failures = each_lost_allocation(
-      [&](Fault& fault) {
-        vessel_t* listing = ProjectAdpList("net");
-        fault.disarm();
-        const std::string told = spelled(listing);
-        return told == net ? 1 : told == "null" ? 2 : 3;
-      },
-      [](const Ended&, int status) { EXPECT_TRUE(status == 1 || status == 2) << status; });
-  EXPECT_GT(failures, 4);
-  EXPECT_EQ(all, spelled(ProjectAdpList(nullptr)));
+  vessel_t* (*const lists[])(void) = {[] { return ProjectAdpList("net"); },
+                                      [] { return ProjectAdpList(nullptr); },
+                                      [] { return ProjectCfgList(nullptr); }, ProjectList};
+  for (const auto list : lists) {
+    const std::string whole = spelled(list());
+    int failures = 0;
+    for (EachCall each(Call::kMalloc, {.error = ENOMEM}); each.next(); failures += each.fired()) {
+      errno = 0;
+      vessel_t* listing = each.run(list);
+      if (listing) {
+        EXPECT_EQ(whole, spelled(listing)) << each.nth();
+      } else {
+        EXPECT_EQ(ENOMEM, errno) << each.nth();
+      }
+    }
+    EXPECT_GT(failures, 4);
+  }
+}
+
+TEST_F(LimitsTest, a_list_of_interfaces_is_whole_or_null) {
+  install("probe", "net/probe");
+  adp_t* adp = AdpFileOpen(nullptr, "net/probe");
+  const std::string whole = spelled(AdpIfList(adp));
+  int failures = 0;
+  for (EachCall each(Call::kMalloc, {.error = ENOMEM}); each.next(); failures += each.fired()) {
+    vessel_t* listing = each.run([&] { return AdpIfList(adp); });
+    if (listing) {
+      EXPECT_EQ(whole, spelled(listing)) << each.nth();
+    }
+  }
+  EXPECT_GT(failures, 10);
+  AdpFileClose(adp);
 }
 
 }  // namespace

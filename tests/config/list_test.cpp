@@ -2,9 +2,14 @@
 #include <unistd.h>
 
 #include "config_support.h"
+#include "support/faults.h"
+#include "talk/owned_talk.h"
 
 namespace {
 
+using fairlead::OwnedTalk;
+using fairlead_test::Call;
+using fairlead_test::EachCall;
 using fairlead_test::put_file;
 
 class ConfigListTest : public fairlead_test::ConfigTest {
@@ -65,6 +70,24 @@ TEST_F(ConfigListTest, a_loop_of_links_ends) {
   vessel_t* listing = ConfigList(nullptr);
   EXPECT_EQ(2, VesselCount(listing));
   TalkFree(listing);
+}
+
+TEST_F(ConfigListTest, a_listing_is_whole_or_null) {
+  for (const char* file : {"/etc/config/lan.cfg", "/etc/config/p/a.cfg", "/etc/config/p/q/b.cfg"})
+    put_file(file, "{}");
+  const OwnedTalk whole(ConfigList(nullptr));
+  int failures = 0;
+  for (EachCall each(Call::kMalloc, {.error = ENOMEM}); each.next(); failures += each.fired()) {
+    const OwnedTalk listing(each.run([] { return ConfigList(nullptr); }));
+    const int error = errno;
+    EXPECT_EQ(!each.fired(), listing != nullptr) << each.nth();
+    if (listing) {
+      EXPECT_TRUE(TalkEqual(whole.get(), listing.get()));
+    } else {
+      EXPECT_EQ(ENOMEM, error) << each.nth();
+    }
+  }
+  EXPECT_GT(failures, 10);
 }
 
 }  // namespace

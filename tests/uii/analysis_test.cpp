@@ -3,11 +3,16 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "fairlead/state.h"
+#include "support/child.h"
 #include "support/device_test.h"
+#include "support/faults.h"
 #include "uii/uii_text.h"
 
 namespace {
 
+using fairlead_test::Call;
+using fairlead_test::EachCall;
 using fairlead_test::pieces;
 
 class UiiAnalysisTest : public fairlead_test::DeviceTest {};
@@ -165,6 +170,27 @@ TEST_F(UiiAnalysisTest, a_record_can_be_analysed_again) {
   uii->text = strdup("lan:mtu=1500");
   EXPECT_EQ(1, UiiAnalysis(uii.get()));
   EXPECT_EQ("3 lan|-|-|mtu|1500", pieces(uii.get()));
+}
+
+// A call that lost a parameter would be another call.
+TEST_F(UiiAnalysisTest, without_memory_for_a_parameter_there_is_no_record) {
+  const auto ended = fairlead_test::run_child([] {
+    const uint32_t silence = 0;
+    ASSERT_EQ(1, GvalueSet(nullptr, "log_level", &silence, sizeof silence));
+    int failures = 0;
+    for (EachCall each(Call::kMalloc, {.error = ENOMEM}); each.next(); failures += each.fired()) {
+      const fairlead::OwnedUii record(static_cast<uii_t*>(calloc(1, sizeof(uii_t))));
+      record->text = strdup("wan.dial[a,b,c]");
+      const int result = each.run([&] { return UiiAnalysis(record.get()); });
+      const int error = errno;
+      EXPECT_EQ(each.fired() ? 0 : 1, result) << each.nth();
+      if (each.fired()) {
+        EXPECT_EQ(ENOMEM, error) << each.nth();
+      }
+    }
+    EXPECT_EQ(4, failures);  // the copy of the text and three parameters
+  });
+  EXPECT_EQ(0, ended.status) << ended.err;
 }
 
 }  // namespace

@@ -118,7 +118,8 @@ talk_t* AdpAbGet(adp_t* adp, slash_t* path, const char* path_text);
  * object, empty when the module has no interfaces; what a script answers; or null:
  *   "cannot find the symblic(%s) at %s"          level 3: the module exports no array or no size
  *   "cannot list the pure config adp(%s)"        level 7
- *   without a message for an array that is null, and with errno EINVAL for a null handle */
+ *   without a message for an array that is null, with errno EINVAL for a null handle and ENOMEM
+ *   when memory runs out */
 vessel_t* AdpIfList(adp_t* adp);
 
 /* Calls an interface by its exact name, with the parameter list, or when that is null with what

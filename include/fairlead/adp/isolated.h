@@ -10,7 +10,8 @@
  * is its handler. Afterwards the caller's mask is back, and its SIGCHLD handler too, unless that
  * was the default action: then the library's empty handler stays installed (kept for programs that
  * rely on interrupted waits afterwards). When the child cannot be forked, neither is put back:
- * SIGCHLD stays blocked and the empty handler stays installed. Threads: handler and mask belong to
+ * SIGCHLD stays blocked and the empty handler stays installed. A caller that keeps SIGCHLD blocked
+ * finds it pending afterwards when it was pending before. Threads: handler and mask belong to
  * the process, so two of these calls must not run at the same time. Fork: safe in a child; it forks
  * children of its own. */
 #ifndef FAIRLEAD_ADP_ISOLATED_H
@@ -47,7 +48,8 @@ FAIRLEAD_API_BEGIN
 talk_t* pipe_fdtalk(int fd, const sigset_t* wait_mask, const sigset_t* outside_mask,
                     const char* name, pid_t pid, int32_t* reaped);
 
-/* AdpSet in a child. Returns 1 when the adapter's set returned 1, else 0. */
+/* AdpSet in a child. Returns 1 when the adapter's set returned 1, else 0. Here and below no object
+ * name at all is refused with errno EINVAL, and logged at level 3 as "argument error". */
 int32_t AdpSecureSet(slash_t* object, const char* object_text, slash_t* path, const char* path_text,
                      talk_t* value, const char* value_text);
 
@@ -57,7 +59,7 @@ talk_t* AdpSecureGet(slash_t* object, const char* object_text, slash_t* path,
                      const char* path_text);
 
 /* AdpCall in a child, under the process name "<object>.<interface>". A null interface name: null at
- * once. Returns what AdpCall returns; null also when the child died. */
+ * once, errno EINVAL. Returns what AdpCall returns; null also when the child died. */
 talk_t* AdpSecureCall(slash_t* object, const char* object_text, const char* name,
                       param_t* parameters, const char* format, ...)
     __attribute__((format(printf, 5, 6)));

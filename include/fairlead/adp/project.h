@@ -36,7 +36,7 @@ enum {
 /* ---- The project tree ---- */
 
 /* Every entry of "/prj", file or folder, in the order the folder yields them, without those that
- * begin with ".": name and full path. Null when "/prj" cannot be opened. */
+ * begin with ".": name and full path. Null when "/prj" cannot be opened, or memory runs out. */
 vessel_t* ProjectList(void);
 
 /* "/prj/<project>", cut where the buffer ends; whether it exists is not asked. A null project:

@@ -19,7 +19,7 @@
  * with the descriptor open holds the caller for 3 seconds at most.
  *
  * Signals, threads, fork: as for the isolated calls (isolated.h). Messages are logged under the
- * source "shell". */
+ * source "shell". A null handle, script or interface name is refused with errno EINVAL. */
 #ifndef FAIRLEAD_ADP_SHELL_H
 #define FAIRLEAD_ADP_SHELL_H
 

@@ -27,6 +27,12 @@ static adp_interface_t hole[] = {
 adp_interface_t* odd_hole__if_array = hole;
 int32_t odd_hole__if_size = 3;
 
+/* odd/blank: a record with an empty name, which no member of a listing can have. */
+static adp_interface_t blank[] = {
+    {"a", first, NULL, NULL}, {"", second, NULL, NULL}, {"c", first, NULL, NULL}};
+adp_interface_t* odd_blank__if_array = blank;
+int32_t odd_blank__if_size = 3;
+
 /* odd/twice: two records of one name. */
 static adp_interface_t twice[] = {
     {"a", first, "one", NULL}, {"b", first, NULL, NULL}, {"a", second, "two", NULL}};
