@@ -3,6 +3,7 @@
 #define FAIRLEAD_FAIRLEAD_H
 
 #include "fairlead/adp.h"
+#include "fairlead/atcmd.h"
 #include "fairlead/config.h"
 #include "fairlead/log.h"
 #include "fairlead/misc.h"

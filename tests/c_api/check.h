@@ -25,6 +25,7 @@ void check_text(const char* file, int line, const char* expected, const char* ac
 void check_own_text(const char* file, int line, const char* expected, char* actual);
 
 void use_adp(const char* module);
+void use_atcmd(void);
 void use_config(void);
 void use_json(void);
 void use_log(void);

@@ -83,6 +83,18 @@ AT(adp_t, file, 260, 260);
 AT(adp_t, module, 520, 516);
 SIZE(adp_t, 528, 520);
 
+AT(atcmd_t, fd, 0, 0);
+AT(atcmd_t, received_length, 4, 4);
+AT(atcmd_t, receive_buffer, 8, 8);
+AT(atcmd_t, last_acknowledgement, 1032, 1032);
+AT(atcmd_t, default_flags, 2056, 2056);
+AT(atcmd_t, notify, 2064, 2060);
+AT(atcmd_t, parser, 2072, 2064);
+AT(atcmd_t, open_mask, 2080, 2068);
+AT(atcmd_t, send_mask, 2080 + sizeof(sigset_t), 2068 + sizeof(sigset_t));
+AT(atcmd_t, saved_mask, 2080 + 2 * sizeof(sigset_t), 2068 + 2 * sizeof(sigset_t));
+SIZE(atcmd_t, 2080 + 3 * sizeof(sigset_t), 2068 + 3 * sizeof(sigset_t));
+
 AT(mac_t, high, 0, 0);
 AT(mac_t, low, 4, 4);
 SIZE(mac_t, 8, 8);
@@ -102,3 +114,4 @@ _Static_assert(LOG_ERRNO == 0x08 && LOG_NOMEM == 0x10 && LOG_EXIT == 0x20 &&
                    LOG_MODE_SYSLOG == 0x200 && LOG_MODE_CONSOLE == 0x400 &&
                    LOG_MODE_WHERE == 0x1000,
                "level word and mode word");
+_Static_assert(ATCMD_TRACE == 2 && ATCMD_ECHO == 4, "flags of an exchange");

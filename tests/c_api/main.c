@@ -30,6 +30,7 @@ int main(int count, char** arguments) {
   use_state();
   use_misc();
   use_log();
+  use_atcmd();
   use_adp(arguments[1]);
   return failures == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

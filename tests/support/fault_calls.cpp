@@ -168,9 +168,15 @@ PLAIN(kSelect, select, int, (int count, void* in, void* out, void* error, void* 
 PLAIN(kSelect, pselect, int,
       (int count, void* in, void* out, void* error, const void* limit, const void* mask),
       (count, in, out, error, limit, mask))
+PLAIN(kSelect, poll, int, (pollfd * files, nfds_t count, int limit), (files, count, limit))
+PLAIN(kSelect, ppoll, int, (pollfd * files, nfds_t count, const void* limit, const sigset_t* mask),
+      (files, count, limit, mask))
 OPTIONAL_LAST(kIoctl, ioctl, (int fd, unsigned long request, ...), request, (fd, request, extra))
 PLAIN(kIoctl, tcgetattr, int, (int fd, void* line), (fd, line))
 PLAIN(kIoctl, tcsetattr, int, (int fd, int when, const void* line), (fd, when, line))
+PLAIN(kIoctl, tcflush, int, (int fd, int queue), (fd, queue))
+PLAIN(kMask, sigprocmask, int, (int how, const sigset_t* set, sigset_t* former), (how, set, former))
+PLAIN(kSleep, nanosleep, int, (const void* time, void* left), (time, left))
 
 #if __SIZEOF_POINTER__ == 4  // the names of the calls with a 64-bit time
 PLAIN(kStat, __stat64_time64, int, (const char* path, void* status), (path, status))
@@ -186,6 +192,10 @@ PLAIN(kSelect, __select64, int, (int count, void* in, void* out, void* error, vo
 PLAIN(kSelect, __pselect64, int,
       (int count, void* in, void* out, void* error, const void* limit, const void* mask),
       (count, in, out, error, limit, mask))
+PLAIN(kSelect, __ppoll64, int,
+      (pollfd * files, nfds_t count, const void* limit, const sigset_t* mask),
+      (files, count, limit, mask))
+PLAIN(kSleep, __nanosleep64, int, (const void* time, void* left), (time, left))
 #endif
 
 #if defined(__x86_64__) || defined(__i386__)

@@ -42,8 +42,10 @@ enum class Call {
   kSocket,
   kSocketpair,
   kConnect,
-  kSelect,  // select, pselect
-  kIoctl,   // ioctl, tcgetattr, tcsetattr
+  kSelect,  // select, pselect, poll, ppoll
+  kIoctl,   // ioctl, tcgetattr, tcsetattr, tcflush
+  kMask,    // sigprocmask
+  kSleep,   // nanosleep
   kAny,     // each of the above but allocations: for ending a process at any point of its work
 };
 
