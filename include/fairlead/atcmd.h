@@ -76,9 +76,9 @@ struct atcmd {
  * flags: those of open(2), as they are; a device whose carrier is off needs O_NONBLOCK, and a
  * program that leads a session O_NOCTTY.
  * speed: bits per second; 0, or one that serial_n2speed does not know, leaves the speed alone.
- * Deliberate, for the devices that are run this way: speeds from 57600 on come out as the low speed
- * that shares their code, 57600 as 50 and 115200 as 75 bits per second. Such a device is opened
- * with speed 0, or its speed is set on `fd` afterwards.
+ * Deliberate, for the devices that are run this way: speeds from 57600 on, asked for or found, come
+ * out as the low speed that shares their code, 57600 as 50 and 115200 as 75 bits per second. Who
+ * needs such a speed sets it on `fd` afterwards.
  * parser, notify: null for the default one. default_flags: 0 for ATCMD_TRACE | ATCMD_ECHO.
  * SIGHUP, SIGALRM, SIGTERM, SIGINT, SIGQUIT and SIGPIPE are caught; after 5 seconds SIGALRM comes.
  * A line whose settings can't be read or set is used as it is.

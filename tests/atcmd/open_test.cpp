@@ -174,6 +174,18 @@ TEST_F(OpenTest, open_keeps_the_speed_for_0_and_for_one_it_does_not_know) {
   }
 }
 
+TEST_F(OpenTest, open_lands_a_high_speed_it_found_as_well) {
+  Line line;
+  termios fast = line.settings();
+  cfsetspeed(&fast, B115200);
+  line.set(fast);
+  atcmd_t* atcmd = open_at_once(line.device(), 0);
+  const termios raw = line.settings();
+  EXPECT_EQ(B75, cfgetospeed(&raw));
+  EXPECT_EQ(1, atcmd_close(atcmd));
+  EXPECT_TRUE(fast == line.settings());
+}
+
 TEST_F(OpenTest, open_uses_a_device_without_line_settings_as_it_is) {
   fairlead_test::put_file("/tmp/device", "");
   atcmd_t* atcmd = nullptr;
@@ -209,6 +221,18 @@ TEST_F(OpenTest, open_fails_after_a_second_when_another_process_has_the_device) 
   atcmd_t* atcmd = open_at_once(line.device());
   EXPECT_NE(nullptr, atcmd) << "no lock is left behind";
   atcmd_close(atcmd);
+}
+
+// Record locks belong to the process: it does not lock itself out, and any close ends them.
+TEST_F(OpenTest, the_same_process_may_open_twice_and_its_first_close_unlocks) {
+  Line line;
+  atcmd_t* one = open_at_once(line.device());
+  atcmd_t* two = open_at_once(line.device());
+  ASSERT_NE(nullptr, two);
+  EXPECT_FALSE(misc_test::lockable_elsewhere(line.device()));
+  EXPECT_EQ(1, atcmd_close(two));
+  EXPECT_TRUE(misc_test::lockable_elsewhere(line.device()));
+  EXPECT_EQ(1, atcmd_close(one));
 }
 
 TEST_F(OpenTest, a_holder_that_is_killed_leaves_no_lock) {
