@@ -75,17 +75,27 @@ void put_back(const ChildCall& call, const ChildSignals& signals) {
   _exit(0);
 }
 
-void reap(const ChildCall& call, pid_t child) {
+// Waits for the child; true, logged, when a signal ended it.
+bool died(const ChildCall& call, pid_t child) {
   int status = 0;
   while (waitpid(child, &status, 0) < 0)
-    if (errno != EINTR) return;
-  if (!WIFSIGNALED(status)) return;
+    if (errno != EINTR) return false;
+  if (!WIFSIGNALED(status)) return false;
   if (call.named_end)
     LogWrite(kError, call.source, __LINE__, "%s( %s ) terminate by signal %d", call.function,
              call.subject, WTERMSIG(status));
   else
     LogWrite(kError, call.source, __LINE__, "%s terminate by signal %d", call.subject,
              WTERMSIG(status));
+  return true;
+}
+
+// Closes the call in the parent. False: a signal ended the child.
+bool finish(const ChildCall& call, const ChildSignals& signals, pid_t child, int32_t reaped) {
+  const ErrnoKeeper keep;
+  put_back(call, signals);
+  if (signals.was_pending) kill(getpid(), SIGCHLD);
+  return reaped == 0 ? !died(call, child) : reaped > 0;
 }
 
 }  // namespace
@@ -115,9 +125,7 @@ talk_t* call_child(const ChildCall& call, ChildBody body, const void* request) {
   talk_t* answer = pipe_fdtalk(parent_end.get(), &signals.wait_mask, &signals.outside_mask,
                                call.name, child, &reaped);
   parent_end.reset();
-  put_back(call, signals);
-  if (signals.was_pending) kill(getpid(), SIGCHLD);
-  if (reaped == 0) reap(call, child);
+  if (!finish(call, signals, child, reaped) && !answer) errno = ECHILD;
   return answer;
 }
 

@@ -18,8 +18,9 @@ struct ChildCall {
 
 using ChildBody = void (*)(const void* request, int answer_fd);
 
-// Runs the body in a child and returns the answer as pipe_fdtalk decodes it. The body never returns
-// to the caller's code: the child ends after it with status 0.
+// Runs the body in a child and returns the answer as pipe_fdtalk decodes it; null with errno ECHILD
+// when a signal ended the child without one. The body never returns to the caller's code: the child
+// ends after it with status 0.
 talk_t* call_child(const ChildCall& call, ChildBody body, const void* request);
 
 // Frees an answer that is not handed on; codes are no documents.

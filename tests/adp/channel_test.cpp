@@ -77,7 +77,7 @@ TEST_F(PipeTest, a_nul_ends_the_answer_while_the_child_lives_on) {
 
 // No piece may be lost, doubled or out of place.
 TEST_F(PipeTest, answers_of_any_size_arrive_whole_in_one_piece_or_byte_by_byte) {
-  for (size_t size : {0, 1, 2, 4094, 4095, 4096, 4097, 8191, 8192, 65536, 10000000}) {
+  for (size_t size : {0u, 1u, 2u, 4094u, 4095u, 4096u, 4097u, 8191u, 8192u, 65536u, 10000000u}) {
     std::string answer;
     for (size_t at = 0; at < size; ++at) answer += static_cast<char>('a' + at % 23);
     const std::string meaning = size ? answer : "null";

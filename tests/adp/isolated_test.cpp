@@ -62,6 +62,21 @@ TEST_F(IsolatedTest, a_crash_gives_nothing_and_one_message) {
   EXPECT_EQ("just so", call("string"));
 }
 
+TEST_F(IsolatedTest, errno_tells_a_crash_from_no_answer) {
+  logged([] {
+    errno = 0;
+    EXPECT_EQ("null", call("misbehave", "segv"));
+    EXPECT_EQ(ECHILD, errno);
+    for (const char* how : {"exit", "close", "wrong"}) {
+      EXPECT_EQ("null", call("misbehave", how));
+      EXPECT_EQ(EINVAL, errno) << how;
+    }
+    answer_with("crash");
+    EXPECT_EQ(nullptr, AdpSecureGet(nullptr, "net/probe", nullptr, nullptr));
+    EXPECT_EQ(ECHILD, errno);
+  });
+}
+
 TEST_F(IsolatedTest, other_misbehaviour_gives_nothing) {
   EXPECT_EQ("", logged([] { EXPECT_EQ("null", call("misbehave", "exit")); }));
   EXPECT_EQ("", logged([] { EXPECT_EQ("null", call("misbehave", "close")); }));
@@ -162,7 +177,7 @@ TEST_F(IsolatedTest, failed_preparations_are_logged) {
           std::string("error: socketpair error for ") + name + "(err:24/Too many open files)\n",
           logged(action));
     }
-    const auto ended = run_child([&] {
+    const auto ended = run_child([&action = action] {
       Fault fault(Call::kFork, {.error = EAGAIN});
       action();
       sigset_t mask;

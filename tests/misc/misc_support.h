@@ -125,7 +125,8 @@ class CallersHandler {
   bool in_force() const {
     struct sigaction now = {};
     sigaction(number_, nullptr, &now);
-    constexpr int kAsked = SA_SIGINFO | SA_RESTART | SA_NODEFER | SA_RESETHAND | SA_NOCLDSTOP;
+    constexpr int kAsked =
+        static_cast<int>(SA_SIGINFO | SA_RESTART | SA_NODEFER | SA_RESETHAND | SA_NOCLDSTOP);
     return now.sa_sigaction == action_.sa_sigaction &&
            (now.sa_flags & kAsked) == (action_.sa_flags & kAsked) &&
            sigismember(&now.sa_mask, SIGUSR2) == 1 && sigismember(&now.sa_mask, SIGUSR1) == 0;

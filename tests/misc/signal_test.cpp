@@ -26,7 +26,8 @@ TEST_F(SignalTest, register_asks_for_no_restart_and_blocks_nothing_else) {
   signal_register(SIGUSR1, remember);
   struct sigaction action;
   sigaction(SIGUSR1, nullptr, &action);
-  EXPECT_EQ(0, action.sa_flags & (SA_RESTART | SA_SIGINFO | SA_NODEFER | SA_RESETHAND));
+  constexpr int kUnwanted = static_cast<int>(SA_RESTART | SA_SIGINFO | SA_NODEFER | SA_RESETHAND);
+  EXPECT_EQ(0, action.sa_flags & kUnwanted);
   EXPECT_EQ(0, sigismember(&action.sa_mask, SIGUSR2));
 }
 

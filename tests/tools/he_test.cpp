@@ -165,7 +165,33 @@ TEST_F(HeTest, isolated_requests_give_the_same_answers) {
 TEST_F(HeTest, an_isolated_request_survives_a_crash) {
   install_answers();
   EXPECT_EQ(SIGKILL, he({"lab/answers.crash"}).signal);
-  expect(he({"-s", "lab/answers.crash"}), 3, "", "he: lab/answers.crash: nothing came back\n");
+  expect(he({"-s", "lab/answers.crash"}), 1, "", "he: lab/answers.crash: the adapter crashed\n");
+  expect(he({"-s", "-q", "lab/answers.crash"}), 1, "", "");
+  expect(he({"-s", "lab/answers.nothing"}), 3, "", "he: lab/answers.nothing: nothing came back\n");
+}
+
+TEST_F(HeTest, a_script_that_is_killed_is_a_failure) {
+  put_file("/prj/lab/script.ash", "#!/bin/sh\nkill -9 $$\n", 0755);
+  for (const char* request : {"lab/script", "lab/script.", "lab/script.call"})
+    expect(he({request}), 1, "", std::string("he: ") + request + ": the adapter crashed\n");
+  expect(he({"lab/script=x"}), 1, "",
+         "he: lab/script=x: the set was refused: the adapter crashed\n");
+}
+
+TEST_F(HeTest, a_script_that_cannot_be_executed_is_a_failure) {
+  put_file("/prj/lab/script.ash", "#!/bin/sh\n", 0644);
+  expect(he({"lab/script"}), 1, "", "he: lab/script: the script cannot be executed\n");
+  expect(he({"-s", "lab/script.call"}), 1, "",
+         "he: lab/script.call: the script cannot be executed\n");
+  expect(he({"lab/script=x"}), 1, "",
+         "he: lab/script=x: the set was refused: the script cannot be executed\n");
+}
+
+// Where children are not waited for, their end tells nothing.
+TEST_F(HeTest, no_crash_is_seen_where_the_ends_of_children_are_ignored) {
+  put_file("/prj/lab/script.ash", "#!/bin/sh\nexit 0\n", 0755);
+  const auto ignore = [] { signal(SIGCHLD, SIG_IGN); };
+  expect(he({"lab/script.call"}, ignore), 3, "", "he: lab/script.call: nothing came back\n");
 }
 
 TEST_F(HeTest, quiet_prints_neither_answer_nor_reason) {

@@ -154,8 +154,8 @@ TEST_F(TalkUiiTest, a_set_without_memory_changes_nothing) {
     int failures = 0;
     for (EachCall each(Call::kMalloc, {.error = ENOMEM}); each.next(); failures += each.fired()) {
       OwnedTalk talk = document(before), value(RenderCreate("9"));
-      const int result =
-          each.run([&] { return TalkUiiSet(talk.get(), value.get(), nullptr, "%s", where); });
+      const int result = each.run(
+          [&, where = where] { return TalkUiiSet(talk.get(), value.get(), nullptr, "%s", where); });
       EXPECT_EQ(each.fired() ? 0 : 1, result) << where << each.nth();
       EXPECT_EQ(each.fired(), before == text_of(talk)) << where << each.nth();
       if (result == 1) {

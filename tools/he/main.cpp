@@ -38,6 +38,13 @@ he::Exit show(const he::Request& request, int32_t status, talk_t* answer,
   return finish_output(problem || status < 0 ? he::kFailed : he::kAnswered);
 }
 
+he::Exit lack(const he::Asked& asked, int error, bool quiet) {
+  const char* mishap = he::mishap(asked, error);
+  if (!quiet && mishap) he::tell_mishap(asked, mishap);
+  if (!quiet && !mishap) he::tell_nothing(asked);
+  return mishap ? he::kFailed : he::kNothing;
+}
+
 he::Exit run(const he::Options& options) {
   he::Request request;
   const he::Exit refused = request.read(options);
@@ -52,10 +59,7 @@ he::Exit run(const he::Options& options) {
     if (!options.quiet) he::tell_failure(request.asked(), error);
     return he::kFailed;
   }
-  if (!out) {
-    if (!options.quiet) he::tell_nothing(request.asked());
-    return he::kNothing;
-  }
+  if (!out) return lack(request.asked(), error, options.quiet);
   fairlead::OwnedTalk answer(out);
   return show(request, status, out, options);
 }

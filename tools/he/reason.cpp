@@ -1,6 +1,8 @@
 // Reasons, one line each: what was asked and why it failed.
 #include "tools/he/reason.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -23,9 +25,15 @@ bool telling(int error) {
          std::end(kTellingErrors);
 }
 
-int adapter_type(const Asked& asked) {
-  char file[fairlead::kPathSize];
+using AdapterFile = char[fairlead::kPathSize];
+
+int find_adapter(const Asked& asked, AdapterFile& file) {
   return AdpPath(nullptr, asked.object, file, sizeof file);
+}
+
+int adapter_type(const Asked& asked) {
+  AdapterFile file;
+  return find_adapter(asked, file);
 }
 
 void tell_call_without_result(const Asked& asked) {
@@ -51,6 +59,7 @@ void tell_empty_listing(const Asked& asked) {
 
 void tell_refused_write(const Asked& asked, int error) {
   const char* what = asked.value ? "the set was refused" : "the deletion was refused";
+  if (const char* why = mishap(asked, error)) return complain("%s: %s: %s", asked.text, what, why);
   if (telling(error)) return complain("%s: %s: %s", asked.text, what, strerror(error));
   if (asked.value && asked.whole_object && RenderCheck(asked.value) &&
       adapter_type(asked) == ADP_PURE)
@@ -59,6 +68,17 @@ void tell_refused_write(const Asked& asked, int error) {
 }
 
 }  // namespace
+
+// Only a child's end can be seen, and only its errno is to be trusted.
+const char* mishap(const Asked& asked, int error) {
+  AdapterFile file;
+  const bool script = find_adapter(asked, file) == ADP_SHELL;
+  if (error == ECHILD && (script || asked.isolated)) return "the adapter crashed";
+  if (script && access(file, X_OK) != 0) return "the script cannot be executed";
+  return nullptr;
+}
+
+void tell_mishap(const Asked& asked, const char* mishap) { complain("%s: %s", asked.text, mishap); }
 
 void tell_nothing(const Asked& asked) {
   if (asked.kind == UII_CALL && asked.interface) return tell_call_without_result(asked);

@@ -5,6 +5,11 @@
 
 namespace he {
 
+// Why an adapter could not answer at all; null where nothing is known of that. `error` is errno as
+// the request left it.
+const char* mishap(const Asked& asked, int error);
+
+void tell_mishap(const Asked& asked, const char* mishap);
 void tell_nothing(const Asked& asked);
 
 // `error` is errno as the request left it.

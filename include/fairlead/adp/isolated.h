@@ -6,6 +6,10 @@
  * child that neither answers nor ends; once a SIGCHLD has been seen, no wait lasts more than 3
  * seconds.
  *
+ * Where one of them gives null, or 0, errno tells why: ECHILD a signal ended the child before it
+ * had answered (a crash), EINVAL it answered nothing or an object that does not parse, otherwise
+ * what socketpair, fork or memory gave.
+ *
  * Signals: for the length of a call SIGCHLD is blocked except inside the wait, and `signal_handler`
  * is its handler. Afterwards the caller's mask is back, and its SIGCHLD handler too, unless that
  * was the default action: then the library's empty handler stays installed (kept for programs that

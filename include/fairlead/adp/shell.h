@@ -18,8 +18,8 @@
  * string, nothing null. Its exit status is not looked at. A process that the script leaves behind
  * with the descriptor open holds the caller for 3 seconds at most.
  *
- * Signals, threads, fork: as for the isolated calls (isolated.h). Messages are logged under the
- * source "shell". A null handle, script or interface name is refused with errno EINVAL. */
+ * Signals, threads, fork, errno: as for the isolated calls (isolated.h). Messages are logged under
+ * the source "shell". A null handle, script or interface name is refused with errno EINVAL. */
 #ifndef FAIRLEAD_ADP_SHELL_H
 #define FAIRLEAD_ADP_SHELL_H
 
