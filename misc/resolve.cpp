@@ -110,9 +110,13 @@ sigset_t mask_of_wait(const sigset_t& callers) {
   return mask;
 }
 
-// Lets an alarm that waits at the mask through to our handler, where it is forgotten.
+// Lets an alarm that waits at the mask through to our handler, where it is forgotten; and nothing
+// else, for the resolver's end may wait there too.
 void swallow_alarm(const MaskScope& mask) {
-  mask.let_through({SIGALRM});
+  sigset_t others;
+  sigfillset(&others);
+  sigdelset(&others, SIGALRM);
+  sigprocmask(SIG_SETMASK, &others, nullptr);
   mask.block_all();
   interrupted = 0;
 }
