@@ -94,6 +94,16 @@ TEST_F(SendFailureTest, send_goes_on_without_a_mask) {
   }
 }
 
+// One that can not be blocked during a wait is let through all the time.
+TEST_F(SendFailureTest, a_mask_that_fails_around_a_wait_does_no_harm) {
+  for (int nth : {2, 3}) {
+    line_->say("AT\r\r\nOK\r\n");
+    for (int round = 0; round < 5000 && line_->waiting() < 9; ++round) usleep(1000);
+    EXPECT_EQ("", errors_of(Call::kMask, {.nth = nth, .error = EPERM}, 0));
+    EXPECT_EQ((std::vector<int>{}), blocked_of({SIGHUP, SIGTERM, SIGINT, SIGUSR1}));
+  }
+}
+
 // Whatever fails: one of the results that are stated, and a state in which the next exchange works.
 TEST_F(SendFailureTest, each_failing_call_gives_a_stated_result_and_the_next_exchange_works) {
   for (Call call : {Call::kWrite, Call::kRead, Call::kSelect, Call::kFcntl, Call::kIoctl}) {

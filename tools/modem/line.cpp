@@ -174,7 +174,7 @@ void Line::pause(int milliseconds) {
   unheard_ = false;
 }
 
-bool Line::wait_for_step() {
+bool Line::wait_for_step() const {
   const timespec limit = milliseconds_of(kPatience);
   char step;
   return wait_for(options_.step_fd, &limit) == 1 && read(options_.step_fd, &step, 1) == 1;

@@ -43,7 +43,7 @@ class Line {
   bool make_terminal();
   bool make_link();
   void flush();
-  bool wait_for_step();
+  bool wait_for_step() const;
   void forget_steps() const;
   void say_byte(char c);
 
