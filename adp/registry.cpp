@@ -27,7 +27,7 @@ extern "C" int DynAdpCreate(const char* object, const char* adapter) {
   if (!ProjectAdpPath(adapter_path.get(), file, sizeof file)) return 0;
 
   OwnedTalk registry(FileVessel(kRegistryFile));
-  if (!registry && failed_for_the_moment()) return 0;
+  if (!registry && content_unknown()) return 0;
   if (!registry) registry.reset(VesselCreate());  // missing or unreadable: no registrations
   OwnedTalk value(RenderCreate(file));
   if (!registry || !value || !put_at(registry.get(), object_path.get(), value.get())) return 0;

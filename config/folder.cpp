@@ -8,6 +8,8 @@
 #include <cstring>
 
 #include "base/bounded_text.h"
+#include "base/sync_folder.h"
+#include "config/paths.h"
 #include "fairlead/misc/process.h"
 
 namespace fairlead {
@@ -42,12 +44,27 @@ bool make_levels(const char* path) {
   return make_level(level.text());
 }
 
+bool make(const char* folder) {
+  if (mkdir(folder, kFolderMode) == 0) return true;
+  if (!is_plain(folder)) return make_levels(folder);
+  return system_string("mkdir -p %s", folder) == 0;
+}
+
+// Every level below the store's root may be new, and a file in it is not on disk before its folder.
+bool sync_levels_above(const char* folder) {
+  PathText level;
+  level.add(folder);
+  while (strlen(level.text()) > strlen(kConfigRoot)) {
+    *strrchr(level.text(), '/') = '\0';
+    if (!sync_folder(level.text())) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 bool ensure_config_folder(const char* folder) {
-  if (access(folder, R_OK) == 0 || mkdir(folder, kFolderMode) == 0) return true;
-  if (!is_plain(folder)) return make_levels(folder);
-  return system_string("mkdir -p %s", folder) == 0;
+  return access(folder, R_OK) == 0 || (make(folder) && sync_levels_above(folder));
 }
 
 }  // namespace fairlead

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "base/fail.h"
+#include "base/sync_folder.h"
 #include "config/folder.h"
 #include "config/paths.h"
 #include "fairlead/config.h"
@@ -34,7 +35,7 @@ bool is_other_json(const char* text) {
     return block;
   }();
   const OwnedTalk document(wrapped ? StringVessel(wrapped.get()) : nullptr);
-  if (!document) return failed_for_the_moment();  // for lack of memory: it may be
+  if (!document) return content_unknown();  // for lack of memory: it may be
   return VesselCount(document.get()) == 1;
 }
 
@@ -42,7 +43,7 @@ bool is_other_json(const char* text) {
 vessel_t* read_for_change(const char* file) {
   const OwnedText text = read_file_text(file);
   vessel_t* document = text ? StringVessel(text.get()) : nullptr;
-  if (document || failed_for_the_moment()) return document;
+  if (document || content_unknown()) return document;
   return text && is_other_json(text.get()) ? nullptr : VesselCreate();
 }
 
@@ -58,13 +59,22 @@ int change_member(const char* file, slash_t* path, talk_t* value) {
 }
 
 // The folder goes with its last file, the root never.
+bool remove_if_empty(const char* folder) {
+  return strcmp(folder, kConfigRoot) != 0 && dir_sum(folder) < 1 && rmdir(folder) == 0;
+}
+
+// A folder that is there without the file was left by a killed deletion.
 int remove_file(const ConfigPath& file) {
   remove_leftover(file.text());
-  if (unlink(file.text()) != 0) return 0;
+  const bool removed = unlink(file.text()) == 0;
+  if (!removed && errno != ENOENT) return 0;
   PathText folder;
   folder.add(file.folder());
-  if (strcmp(folder.text(), kConfigRoot) != 0 && dir_sum(folder.text()) < 1) rmdir(folder.text());
-  return 1;
+  const int before = errno;
+  if (remove_if_empty(folder.text())) *strrchr(folder.text(), '/') = '\0';
+  if (removed && !sync_folder(folder.text())) return 0;
+  errno = before;
+  return removed ? 1 : 0;
 }
 
 int change_file(const ConfigPath& file, talk_t* value) {

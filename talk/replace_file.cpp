@@ -11,6 +11,7 @@
 
 #include "base/descriptor.h"
 #include "base/fail.h"
+#include "base/sync_folder.h"
 #include "fairlead/misc/process.h"
 #include "misc/locked_file.h"
 #include "talk/save_paths.h"
@@ -41,13 +42,6 @@ bool write_all(int fd, std::string_view content) {
     left -= static_cast<size_t>(written);
   }
   return true;
-}
-
-bool sync_folder(const char* path) {
-  Descriptor folder(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!folder) return false;
-  return fsync(folder.get()) == 0 ||
-         errno == EINVAL;  // EINVAL: a file system that has nothing to sync there
 }
 
 // Removes a temporary that no living save holds, waiting at most `seconds` for one that does.

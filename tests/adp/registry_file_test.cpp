@@ -5,10 +5,13 @@
 #include <algorithm>
 
 #include "adp/channel_fixture.h"
+#include "support/faults.h"
 
 namespace {
 
+using fairlead_test::Call;
 using fairlead_test::exists;
+using fairlead_test::Fault;
 using fairlead_test::file_content;
 using fairlead_test::put_file;
 using fairlead_test::spelled;
@@ -167,6 +170,16 @@ TEST_F(RegistryFileTest, what_is_no_file_holds_no_bindings) {
   fairlead_test::make_directories(kRegistry);
   expect_no_bindings("folder");
   EXPECT_EQ(0, DynAdpCreate("uplink", "radio/lte"));
+}
+
+TEST_F(RegistryFileTest, one_that_can_not_be_read_is_not_taken_for_absent) {
+  put_file(kRegistry, kExample);
+  for (const Call call : {Call::kStat, Call::kRead})
+    for (const int error : {EIO, EINTR, EAGAIN}) {
+      Fault fault(call, {.error = error});
+      EXPECT_EQ(0, DynAdpCreate("uplink", "net/port")) << error;
+      EXPECT_EQ(kExample, file_content(kRegistry)) << error;
+    }
 }
 
 TEST_F(RegistryFileTest, it_is_not_made_without_the_run_time_root) {

@@ -8,7 +8,9 @@
 
 namespace {
 
+using fairlead_test::Call;
 using fairlead_test::exists;
+using fairlead_test::Fault;
 using fairlead_test::file_content;
 using fairlead_test::put_file;
 
@@ -160,6 +162,25 @@ TEST_F(ConfigSetTest, deleting_a_missing_file_fails) {
   EXPECT_EQ(ENOENT, errno);
 }
 
+TEST_F(ConfigSetTest, an_empty_folder_goes_with_a_deletion_that_finds_no_file) {
+  fairlead_test::make_directories("/etc/config/p");
+  errno = 0;
+  EXPECT_EQ(0, ConfigSet("p/x", nullptr, nullptr, nullptr));
+  EXPECT_EQ(ENOENT, errno);
+  EXPECT_FALSE(exists("/etc/config/p"));
+}
+
+TEST_F(ConfigSetTest, a_file_that_can_not_be_read_is_not_taken_for_absent) {
+  ASSERT_EQ(1, set("net", "a", "1"));
+  const std::string before = file_content(kNet);
+  for (const Call call : {Call::kOpen, Call::kStat, Call::kRead})
+    for (const int error : {EIO, EINTR, EACCES, EAGAIN, ESTALE}) {
+      Fault fault(call, {.error = error});
+      EXPECT_EQ(0, set("net", "b", "2")) << error;
+      EXPECT_EQ(before, file_content(kNet)) << error;
+    }
+}
+
 TEST_F(ConfigSetTest, folders_are_made_with_mode_0770) {
   const mode_t former = umask(0);
   EXPECT_EQ(1, set("p/x", "a", "1"));
@@ -211,7 +232,7 @@ TEST_F(ConfigSetTest, text_that_gives_no_value_deletes) {
 
 TEST_F(ConfigSetTest, a_failed_write_leaves_the_old_content) {
   put_file(kNet, "{\"a\":\"1\"}");
-  fairlead_test::Fault fault(fairlead_test::Call::kWrite, {.error = ENOSPC});
+  Fault fault(Call::kWrite, {.error = ENOSPC});
   errno = 0;
   EXPECT_EQ(0, set("net", "a", "2"));
   EXPECT_EQ(ENOSPC, errno);

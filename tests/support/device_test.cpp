@@ -28,8 +28,7 @@ void clear_folder(const char* folder) {
 void DeviceTest::SetUp() {
   ASSERT_TRUE(fs::exists("/.device-root"))
       << "tests run in a private device root only: tools/device-root TEST";
-  for (const char* folder : {"/prj", "/etc/config", "/tmp"}) clear_folder(folder);
-  make_directories("/tmp/.var");
+  empty_root();
   before_ = take_census();
 }
 
@@ -37,6 +36,11 @@ void DeviceTest::TearDown() {
   if (!before_) return;
   const std::string changed = difference(*before_, take_census());
   EXPECT_EQ("", changed) << "the test left the process changed";
+}
+
+void empty_root() {
+  for (const char* folder : {"/prj", "/etc/config", "/tmp"}) clear_folder(folder);
+  make_directories("/tmp/.var");
 }
 
 void put_file(const std::string& path, const std::string& content, int mode) {

@@ -13,12 +13,15 @@ namespace fairlead_test {
 
 class DeviceTest : public testing::Test {
  protected:
-  void SetUp() override;     // empties "/prj", "/etc/config" and "/tmp", makes "/tmp/.var"
+  void SetUp() override;     // empties the private device root
   void TearDown() override;  // fails the test when the process is not as it was before it
 
  private:
   std::optional<Census> before_;
 };
+
+// Empties "/prj", "/etc/config" and "/tmp", and makes "/tmp/.var".
+void empty_root();
 
 // Whole files, for arranging and checking.
 void put_file(const std::string& path, const std::string& content, int mode = 0644);

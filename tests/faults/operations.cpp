@@ -1,0 +1,160 @@
+// The operations whose every call is made to fail.
+#include "faults/operations.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "fairlead/fairlead.h"
+#include "support/device_test.h"
+
+namespace fairlead_test {
+namespace {
+
+constexpr char kWan[] = "/etc/config/wan.cfg";
+constexpr char kOld[] = "{\"mtu\":\"1500\",\"dns\":{\"first\":\"9.9.9.9\"}}";
+
+class Document {
+ public:
+  explicit Document(const char* text) : talk_(StringTalk(text)) {}
+  ~Document() { TalkFree(talk_); }
+  Document(const Document&) = delete;
+  Document& operator=(const Document&) = delete;
+  talk_t* get() const { return talk_; }
+
+ private:
+  talk_t* talk_;
+};
+
+std::string spelled_and_freed(talk_t* answer) {
+  if (!answer) return "nothing";
+  if (answer == TALK_DONE || answer == TALK_FAILED) return "a code";
+  char* text = TalkString(answer);
+  const std::string result = text ? text : "no text";
+  free(text);
+  TalkFree(answer);
+  return result;
+}
+
+void put_script(const std::string& path, const std::string& body) {
+  put_file(path, "#!/bin/sh\n" + body, 0755);
+}
+
+void no_wan() {}
+void old_wan() { put_file(kWan, kOld); }
+std::string wan() { return spelled_and_freed(ConfigGet("wan", nullptr, nullptr)); }
+
+int save() {
+  const Document document("{\"mtu\":\"1492\"}");
+  return document.get() && VesselFile(document.get(), kWan);
+}
+int set_whole() {
+  const Document document("{\"mtu\":\"1492\"}");
+  return document.get() && ConfigSet("wan", nullptr, nullptr, document.get());
+}
+int set_member() { return ConfigSetS("wan", nullptr, "dns/second", "1.1.1.1"); }
+int delete_member() { return ConfigSet("wan", nullptr, "dns/first", nullptr); }
+int delete_file() { return ConfigSet("wan", nullptr, nullptr, nullptr); }
+
+int set_in_a_new_folder() {
+  const Document document("{\"mtu\":\"1492\"}");
+  return document.get() && ConfigSet("net/lte/apn", nullptr, nullptr, document.get());
+}
+std::string apn() { return spelled_and_freed(ConfigGet("net/lte/apn", nullptr, nullptr)); }
+void old_apn() {
+  make_directories("/etc/config/net/lte");
+  put_file("/etc/config/net/lte/apn.cfg", kOld);
+}
+int delete_with_folder() { return ConfigSet("net/lte/apn", nullptr, nullptr, nullptr); }
+
+void project() {
+  put_file("/prj/net/port.adp", "");
+  put_script("/prj/net/lamp.ash", "printf '{\"state\":\"on\"}' >&$pipeid\n");
+}
+void bound() {
+  project();
+  put_file("/tmp/.var/dadp.cache", "{\"uplink\":\"/prj/net/port.adp\"}");
+}
+int bind_object() { return DynAdpCreate("lan/one", "net/port"); }
+int unbind_object() { return DynAdpDelete("uplink"); }
+std::string bindings() { return spelled_and_freed(DynAdpList(nullptr)); }
+
+// Whether a file could be copied is not told by the call.
+int install() {
+  return ConfigInstall("net") == 1 && file_content("/etc/config/net/wan.cfg") == kOld;
+}
+void defaults() { put_file("/prj/net/wan.cfg", kOld); }
+std::string installed() { return spelled_and_freed(ConfigGet("net/wan", nullptr, nullptr)); }
+
+// Makes the store as well.
+int set_value() {
+  static const int value = 7;
+  gvalue_t* store = GvalueCreate("levels");
+  return store && GvalueSet(store, "net", &value, sizeof value);
+}
+std::string value() {
+  gvalue_t* store = exists("/tmp/.var/gvalue/levels") ? GvalueCreate("levels") : nullptr;
+  const int* found = store ? static_cast<const int*>(GvalueGet(store, "net")) : nullptr;
+  return found ? std::to_string(*found) : "nothing";
+}
+
+int write_small() { return write_string("/tmp/small", "new") == 3; }
+std::string small() {
+  char text[64];
+  return read_string("/tmp/small", text, sizeof text) ? text : "nothing";
+}
+
+// Nothing changes in these: what counts is what they leave.
+int isolated_get() {
+  return spelled_and_freed(AdpSecureGet(nullptr, "wan", nullptr, nullptr)) == kOld;
+}
+int isolated_set() {
+  return AdpSecureSet(nullptr, "wan", nullptr, "dns/second", nullptr, "1.1.1.1");
+}
+int script_get() {
+  return spelled_and_freed(AdpGet(nullptr, "net/lamp", nullptr, nullptr)) == "{\"state\":\"on\"}";
+}
+int run_command() { return system_call(5, 1, "true") == 0 && errno == 0; }
+int run_shell() { return system_string("true") == 0; }
+std::string unchanged() { return "unchanged"; }
+
+}  // namespace
+
+const std::vector<Operation>& operations() {
+  static const std::vector<Operation> table = {
+      {"save", old_wan, save, wan},
+      {"save a new file", no_wan, save, wan},
+      {"set a whole object", old_wan, set_whole, wan},
+      {"set a member", old_wan, set_member, wan},
+      {"set in a new folder", no_wan, set_in_a_new_folder, apn},
+      {"delete a member", old_wan, delete_member, wan},
+      {"delete an object", old_wan, delete_file, wan},
+      {"delete an object and its folder", old_apn, delete_with_folder, apn},
+      {"bind", bound, bind_object, bindings},
+      {"bind the first", project, bind_object, bindings},
+      {"unbind", bound, unbind_object, bindings},
+      {"install", defaults, install, installed},
+      {"set a value", no_wan, set_value, value},
+      {"write a small file", no_wan, write_small, small},
+      {"isolated get", old_wan, isolated_get, wan, true},
+      {"isolated set", old_wan, isolated_set, wan, true},
+      {"script get", project, script_get, unchanged, true},
+      {"run a command", no_wan, run_command, unchanged},
+      {"run the shell", no_wan, run_shell, unchanged},
+  };
+  return table;
+}
+
+std::string listing() {
+  std::vector<std::string> names;
+  for (const char* root : {"/etc/config", "/prj", "/tmp"})
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root))
+      if (entry.path() != "/etc/config/version") names.push_back(entry.path().string());
+  std::sort(names.begin(), names.end());
+  std::string text;
+  for (const std::string& name : names) text += name + "\n";
+  return text;
+}
+
+}  // namespace fairlead_test
