@@ -5,7 +5,7 @@
 #include "fairlead/adp/project.h"
 #include "fairlead/talk/node.h"
 #include "fairlead/talk/text.h"
-#include "talk/file_text.h"
+#include "talk/changed_file.h"
 #include "talk/member_path.h"
 #include "talk/owned_talk.h"
 #include "talk/path_choice.h"
@@ -26,9 +26,7 @@ extern "C" int DynAdpCreate(const char* object, const char* adapter) {
   if (object_path.count() == 0 || adapter_path.count() == 0) return 0;
   if (!ProjectAdpPath(adapter_path.get(), file, sizeof file)) return 0;
 
-  OwnedTalk registry(FileVessel(kRegistryFile));
-  if (!registry && content_unknown()) return 0;
-  if (!registry) registry.reset(VesselCreate());  // missing or unreadable: no registrations
+  const OwnedTalk registry = read_to_change(kRegistryFile);
   OwnedTalk value(RenderCreate(file));
   if (!registry || !value || !put_at(registry.get(), object_path.get(), value.get())) return 0;
   (void)value.release();  // the registry's now

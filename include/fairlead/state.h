@@ -4,5 +4,6 @@
 
 #include "fairlead/state/glink.h"
 #include "fairlead/state/gvalue.h"
+#include "fairlead/state/joint.h"
 
 #endif

@@ -20,6 +20,16 @@ static void share_a_value(void) {
   TalkFree(list);
 }
 
+static void tie_an_event(void) {
+  CHECK(JointCreate("example/wan", "up", "example/lan", "refresh") == 1);
+  CHECK(JointCreate("example/wan", "up", "example/lan", "refresh") == 0);
+  vessel_t* joints = JointList("example/wan");
+  CHECK_OWN_TEXT("{\"up\":{\"example/lan.refresh\":\"\"}}", VesselString(joints));
+  TalkFree(joints);
+  CHECK(JointDelete("example/wan", "up", "example/lan", "refresh") == 1);
+  JointCast("example/wan", NULL, NULL); /* nobody listens any more */
+}
+
 struct element {
   glink_t link;
   char name;
@@ -37,5 +47,6 @@ static void line_up(void) {
 
 void use_state(void) {
   share_a_value();
+  tie_an_event();
   line_up();
 }

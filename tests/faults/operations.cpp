@@ -80,6 +80,11 @@ int bind_object() { return DynAdpCreate("lan/one", "net/port"); }
 int unbind_object() { return DynAdpDelete("uplink"); }
 std::string bindings() { return spelled_and_freed(DynAdpList(nullptr)); }
 
+void tied() { put_file("/tmp/.var/joint.cache", R"({"wan":{"up":{"dns.restart":""}}})"); }
+int tie() { return JointCreate("wan", "up", "lan", "refresh"); }
+int untie() { return JointDelete("wan", "up", "dns", "restart"); }
+std::string joints() { return spelled_and_freed(JointList(nullptr)); }
+
 // Whether a file could be copied is not told by the call.
 int install() {
   return ConfigInstall("net") == 1 && file_content("/etc/config/net/wan.cfg") == kOld;
@@ -134,6 +139,9 @@ const std::vector<Operation>& operations() {
       {"bind", bound, bind_object, bindings},
       {"bind the first", project, bind_object, bindings},
       {"unbind", bound, unbind_object, bindings},
+      {"tie an event", tied, tie, joints},
+      {"tie the first event", no_wan, tie, joints},
+      {"untie an event", tied, untie, joints},
       {"install", defaults, install, installed},
       {"set a value", no_wan, set_value, value},
       {"write a small file", no_wan, write_small, small},
