@@ -86,6 +86,10 @@ void Fault::disarm() {
   armed_ = false;
 }
 
+void disarm_all_faults() {
+  for (Slot& slot : slots) slot.armed = false;
+}
+
 bool Fault::fired() const { return armed_ ? flag_of(call_).load() : fired_; }
 
 int Fault::calls() const { return armed_ ? slot_of(call_).calls.load() : calls_; }

@@ -118,6 +118,9 @@ class EachCall {
   bool fired_ = false;
 };
 
+// For a process that is about to end.
+void disarm_all_faults();
+
 // What becomes of one call; asked by the functions that stand in for the real ones.
 struct Verdict {
   bool fails = false;  // errno is set
