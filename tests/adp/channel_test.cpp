@@ -6,6 +6,7 @@
 #include <chrono>
 
 #include "adp/channel_fixture.h"
+#include "support/faults.h"
 
 namespace {
 
@@ -14,8 +15,9 @@ using fairlead_test::spelled;
 class PipeTest : public fairlead_test::ChannelTest {
  protected:
   // Forks a child that acts on its end, and decodes its answer; `reaped_` is the flag.
+  // Of the allocations on the way number `lost` fails, 0 meaning none.
   template <class Action>
-  std::string answer_of(Action action) {
+  std::string answer_of(Action action, int lost = 0) {
     int ends[2];
     EXPECT_EQ(0, socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends));
     sigset_t outside, wait, former;
@@ -31,8 +33,13 @@ class PipeTest : public fairlead_test::ChannelTest {
     }
     close(ends[1]);
     reaped_ = 0;
-    const std::string answer =
-        spelled(pipe_fdtalk(ends[0], &wait, &outside, "the child", child, &reaped_));
+    talk_t* decoded;
+    {
+      const fairlead_test::Fault fault(fairlead_test::Call::kMalloc,
+                                       {.nth = lost, .error = ENOMEM});
+      decoded = pipe_fdtalk(ends[0], &wait, &outside, "the child", child, &reaped_);
+    }
+    const std::string answer = spelled(decoded);
     close(ends[0]);
     if (reaped_ == 0) waitpid(child, nullptr, 0);
     sigset_t after;
@@ -178,6 +185,42 @@ TEST_F(PipeTest, a_bad_descriptor_gives_null) {
   sigprocmask(SIG_SETMASK, nullptr, &mask);
   int32_t reaped = 0;
   EXPECT_EQ(nullptr, pipe_fdtalk(-1, &mask, &mask, "x", 0, &reaped));
+}
+
+TEST_F(PipeTest, an_interrupted_read_is_repeated_and_a_failed_one_gives_null) {
+  for (int error : {EINTR, EIO}) {
+    fairlead_test::Fault fault(fairlead_test::Call::kRead, {.error = error});
+    EXPECT_EQ(error == EINTR ? "x" : "null", answer_of([](int fd) { say(fd, "x"); }));
+    EXPECT_EQ(0, reaped_);
+  }
+}
+
+TEST_F(PipeTest, a_failed_wait_ends_the_answer_with_what_was_read) {
+  fairlead_test::Fault fault(fairlead_test::Call::kSelect, {.nth = 2, .error = ENOMEM});
+  EXPECT_EQ("early", answer_of([](int fd) {
+              say(fd, "early");
+              usleep(100000);
+              say(fd, "late");
+            }));
+}
+
+// Without news of the child there is no drain: the answer is waited for.
+TEST_F(PipeTest, the_wait_goes_on_when_the_child_cannot_be_asked_for) {
+  fairlead_test::Fault fault(fairlead_test::Call::kWaitpid, {.error = ECHILD});
+  EXPECT_EQ("early, late", answer_of([](int fd) {
+              say(fd, "early");
+              kill(getppid(), SIGCHLD);
+              usleep(100000);
+              say(fd, ", late");
+            }));
+  EXPECT_EQ(0, reaped_);
+}
+
+TEST_F(PipeTest, lost_memory_gives_null) {
+  for (int nth : {1, 2}) {  // the buffer, and its growth
+    const std::string answer(5000, 'x');
+    EXPECT_EQ("null", answer_of([&](int fd) { say(fd, answer); }, nth)) << nth;
+  }
 }
 
 }  // namespace

@@ -278,6 +278,20 @@ TEST_F(HandleTest, a_call_on_what_cannot_be_opened_is_logged) {
       << log;
 }
 
+TEST_F(HandleTest, the_message_names_an_object_by_its_record_too) {
+  put_file("/prj/net/bad.adp", "text");
+  char text[] = "net//bad";
+  slash_t object;
+  ASSERT_EQ(1, SlashAnalysis(&object, text));
+  std::string log =
+      logged([&] { EXPECT_EQ(nullptr, AdpCall(&object, nullptr, "x", nullptr, nullptr)); });
+  EXPECT_NE(std::string::npos, log.find("warn: cannot open the corrent adp file for net/bad.x\n"))
+      << log;
+  SlashClear(&object);
+  log = logged([] { EXPECT_EQ(nullptr, AdpCall(nullptr, nullptr, "x", nullptr, nullptr)); });
+  EXPECT_EQ("error: argument error\nwarn: cannot open the corrent adp file for .x\n", log);
+}
+
 TEST_F(HandleTest, what_cannot_be_opened_gives_0) {
   put_file("/prj/net/bad.adp", "text");
   logged([] {

@@ -277,4 +277,56 @@ TEST_F(IsolatedTest, many_bad_calls_leave_nothing_behind) {
   EXPECT_LT(fairlead_test::resident_bytes(), before + fairlead_test::kResidentSlack);
 }
 
+// The third change of the mask is the child's, the fourth the one after the answer.
+TEST_F(IsolatedTest, a_mask_that_cannot_be_had_or_set_is_logged_and_the_call_made) {
+  const std::pair<int, const char*> failures[] = {
+      {1, "warn: sigprocmask( get the original signal mask ) failed\n"},
+      {2, "warn: sigprocmask( set a new signal mask ) failed\n"},
+      {3, "warn: sigprocmask( reset SIGCHLD ) failed\n"},
+      {4, "warn: sigprocmask( reset SIGCHLD ) failed\n"},
+  };
+  for (const auto& [nth, message] : failures) {
+    const auto ended = run_child([nth = nth] {
+      Fault fault(Call::kMask, {.nth = nth, .error = EINVAL});
+      EXPECT_EQ("done", call("done"));
+    });
+    EXPECT_EQ(message, ended.err) << nth;
+  }
+}
+
+TEST_F(IsolatedTest, an_interrupted_write_of_the_answer_is_repeated) {
+  const std::string big(100000, 'x');
+  Fault fault(Call::kWrite, {.error = EINTR, .times = 3, .at_most = 1000});
+  EXPECT_EQ(big.size(), call("lengthy", "100000").size());
+}
+
+TEST_F(IsolatedTest, an_answer_that_cannot_be_written_gives_nothing) {
+  Fault fault(Call::kWrite, {.error = EIO});
+  EXPECT_EQ("null", call("string"));
+}
+
+TEST_F(IsolatedTest, the_wait_for_the_child_is_repeated_when_interrupted_and_given_up_otherwise) {
+  {
+    Fault fault(Call::kWaitpid, {.error = EINTR, .times = 3});
+    EXPECT_EQ("just so", call("string"));
+  }
+  EXPECT_EQ(-1, waitpid(-1, nullptr, WNOHANG));
+  const auto ended = run_child([] {
+    Fault fault(Call::kWaitpid, {.error = ECHILD, .times = fairlead_test::kForever});
+    EXPECT_EQ("just so", call("string"));
+  });
+  EXPECT_EQ("", ended.err);
+}
+
+TEST_F(IsolatedTest, a_get_whose_path_is_lost_asks_for_nothing_else) {
+  answer_with("whole");
+  adp_t* adp = AdpFileOpen(nullptr, "net/probe");
+  {
+    Fault fault(Call::kMalloc, {.error = ENOMEM});
+    EXPECT_EQ(nullptr, AdpAbGet(adp, nullptr, "a/b"));
+  }
+  EXPECT_EQ("whole", spelled(AdpAbGet(adp, nullptr, "a/b")));
+  AdpFileClose(adp);
+}
+
 }  // namespace

@@ -3,10 +3,13 @@
 #include <unistd.h>
 
 #include "adp/adp_support.h"
+#include "support/faults.h"
 
 namespace {
 
+using fairlead_test::Call;
 using fairlead_test::exists;
+using fairlead_test::Fault;
 using fairlead_test::put_file;
 using fairlead_test::spelled;
 
@@ -127,6 +130,30 @@ TEST_F(ProjectTest, a_file_in_the_place_of_a_runtime_folder_goes) {
 TEST_F(ProjectTest, a_runtime_folder_that_cannot_be_made_gives_null) {
   EXPECT_EQ(nullptr, ProjectVarPath(nullptr, 0, "a/b", nullptr));
   EXPECT_EQ(nullptr, ProjectVarPath(nullptr, 0, nullptr, nullptr));
+}
+
+TEST_F(ProjectTest, a_file_among_the_projects_adds_nothing_to_a_listing) {
+  put_file("/prj/net/wan.adp", "");
+  put_file("/prj/readme", "");
+  EXPECT_EQ("{\"net/wan\":\"/prj/net/wan.adp\"}", spelled(ProjectAdpList(nullptr)));
+}
+
+TEST_F(ProjectTest, without_a_project_tree_the_listing_of_all_is_empty) {
+  Fault fault(Call::kOpendir, {.error = ENOENT});
+  EXPECT_EQ("{}", spelled(ProjectAdpList(nullptr)));
+}
+
+TEST_F(ProjectTest, null_arguments_name_no_file) {
+  put_file("/prj/net/hosts", "");
+  EXPECT_EQ(nullptr, ProjectOscPath(nullptr, 0, nullptr, "hosts"));
+  EXPECT_EQ(nullptr, ProjectOscPath(nullptr, 0, "net", nullptr));
+  EXPECT_EQ(nullptr, ProjectVarPath(nullptr, 0, nullptr, nullptr));
+  EXPECT_EQ(nullptr, DynAdpPath(nullptr, nullptr, 0));
+}
+
+TEST_F(ProjectTest, a_link_to_nowhere_in_the_place_of_a_runtime_folder_gives_null) {
+  ASSERT_EQ(0, symlink("/tmp/.var/nowhere", "/tmp/.var/service"));
+  EXPECT_EQ(nullptr, ProjectVarPath(nullptr, 0, "service", nullptr));
 }
 
 }  // namespace

@@ -417,6 +417,57 @@ TEST_P(ShellTest, many_bad_scripts_leave_nothing_behind) {
   EXPECT_LT(fairlead_test::resident_bytes(), before + fairlead_test::kResidentSlack);
 }
 
+TEST_P(ShellTest, a_mask_that_cannot_be_set_is_logged_under_the_source_of_scripts) {
+  script("printf x >&$pipeid\n");
+  const auto ended = fairlead_test::run_child([&] {
+    GlogOpen("test", LOG_MODE_CONSOLE | LOG_MODE_WHERE, 7);
+    Fault fault(Call::kMask, {.nth = 2, .error = EINVAL});
+    EXPECT_EQ("x", spelled(ShellAbGet(&adp_, nullptr)));
+  });
+  EXPECT_EQ(0U, ended.err.find("warn: sigprocmask( set a new signal mask ) failed")) << ended.err;
+  EXPECT_NE(std::string::npos, ended.err.find("/shell/")) << ended.err;
+}
+
+TEST_P(ShellTest, a_path_record_without_segments_is_no_path) {
+  setenv("config", "inherited", 1);
+  telling_script("config");
+  EXPECT_EQ("-;", spelled(ShellAbGet(&adp_, path("/"))));
+  unsetenv("config");
+}
+
+TEST_P(ShellTest, a_get_that_loses_its_path_runs_no_script) {
+  script("touch /tmp/was-run\n");
+  slash_t* where = path("a/b");
+  {
+    Fault fault(Call::kMalloc, {.error = ENOMEM});
+    EXPECT_EQ(nullptr, ShellAbGet(&adp_, where));
+    EXPECT_TRUE(fault.fired());
+  }
+  EXPECT_FALSE(fairlead_test::exists("/tmp/was-run"));
+}
+
+// The interpreter is busybox's: dash cannot redirect to such a number.
+TEST_P(ShellTest, without_a_free_digit_the_channel_keeps_its_number) {
+  script("");
+  put_file(kScript, "#!/usr/bin/busybox ash\nprintf $pipeid >&$pipeid\n", 0755);
+  const auto ended = fairlead_test::run_child([&] {
+    for (int fd = 3; fd <= 9; ++fd) dup2(STDERR_FILENO, fd);
+    const std::string pipeid = spelled(ShellAbGet(&adp_, nullptr));
+    EXPECT_GT(atoi(pipeid.c_str()), 9) << pipeid;
+  });
+  EXPECT_EQ(0, ended.status);
+}
+
+TEST_P(ShellTest, a_caller_without_standard_input_is_served) {
+  script("printf %s $pipeid >&$pipeid\n");
+  const auto ended = fairlead_test::run_child([&] {
+    close(STDIN_FILENO);
+    for (int fd = 3; fd < 64; ++fd) close(fd);
+    EXPECT_EQ("3", spelled(ShellAbGet(&adp_, nullptr)));
+  });
+  EXPECT_EQ("", ended.err);
+}
+
 INSTANTIATE_TEST_SUITE_P(Interpreters, ShellTest,
                          testing::Values("/bin/dash", "/usr/bin/busybox ash"),
                          [](const auto& instance) {

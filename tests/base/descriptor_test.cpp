@@ -83,4 +83,11 @@ TEST_F(DescriptorTest, closing_keeps_errno) {
   EXPECT_EQ(ENOTTY, errno);
 }
 
+TEST_F(DescriptorTest, moving_one_onto_itself_keeps_it) {
+  Descriptor own(open("/dev/null", O_RDONLY | O_CLOEXEC));
+  Descriptor& same = own;
+  own = std::move(same);
+  EXPECT_TRUE(own);
+}
+
 }  // namespace

@@ -1,8 +1,13 @@
 // Reading from the configuration store.
 #include "config_support.h"
+#include "support/faults.h"
+#include "talk/owned_talk.h"
 
 namespace {
 
+using fairlead::OwnedTalk;
+using fairlead_test::Call;
+using fairlead_test::EachCall;
 using fairlead_test::put_file;
 
 class ConfigGetTest : public fairlead_test::ConfigTest {
@@ -81,6 +86,17 @@ TEST_F(ConfigGetTest, without_a_buffer_the_static_one_serves) {
 TEST_F(ConfigGetTest, the_static_buffer_holds_4095_characters) {
   put_file("/etc/config/net.cfg", "{\"a\":\"" + std::string(5000, 'x') + "\"}");
   EXPECT_EQ(std::string(4095, 'x'), text("a"));
+}
+
+// A lost path must not read the whole object instead.
+TEST_F(ConfigGetTest, a_get_without_memory_is_whole_or_null) {
+  int failures = 0;
+  for (EachCall each(Call::kMalloc, {.error = ENOMEM}); each.next(); failures += each.fired()) {
+    const OwnedTalk value(each.run([] { return ConfigGet("net", nullptr, "lan/ip"); }));
+    const char* text = value ? RenderString(value.get()) : nullptr;
+    EXPECT_STREQ(each.fired() ? nullptr : "10.0.0.1", text) << each.nth();
+  }
+  EXPECT_GT(failures, 4);
 }
 
 }  // namespace

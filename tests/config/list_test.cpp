@@ -90,4 +90,14 @@ TEST_F(ConfigListTest, a_listing_is_whole_or_null) {
   EXPECT_GT(failures, 10);
 }
 
+TEST_F(ConfigListTest, paths_of_more_than_255_characters_are_left_out) {
+  const std::string folder = "/etc/config/" + std::string(120, 'a') + "/" + std::string(110, 'b');
+  put_file(folder + "/fits.cfg", "{}");
+  put_file(folder + "/" + std::string(30, 'c') + ".cfg", "{}");
+  const OwnedTalk listing(config_list_all(folder.c_str()));
+  ASSERT_NE(nullptr, listing);
+  EXPECT_EQ(1, VesselCount(listing.get()));
+  EXPECT_NE(nullptr, VesselFind(listing.get(), "fits"));
+}
+
 }  // namespace

@@ -9,6 +9,7 @@
 namespace {
 
 using fairlead_test::Call;
+using fairlead_test::EachCall;
 using fairlead_test::exists;
 using fairlead_test::Fault;
 using fairlead_test::file_content;
@@ -247,6 +248,41 @@ TEST_F(ConfigSetTest, killed_at_any_system_call_it_leaves_old_or_new) {
     EXPECT_TRUE(left == "{\"a\":\"1\"}" || left == "{\"a\":\"1\",\"b\":\"2\"}") << stop << left;
     if (!killed) break;
   }
+}
+
+TEST_F(ConfigSetTest, a_set_without_memory_changes_nothing) {
+  for (const char* before : {"{\"a\":\"1\"}", "[1,2]", "{broken"}) {
+    int failures = 0;
+    for (EachCall each(Call::kMalloc, {.error = ENOMEM}); each.next(); failures += each.fired()) {
+      put_file(kNet, before);
+      talk_t* value = StringTalk("{\"x\":\"2\"}");
+      const int result = each.run([&] { return ConfigSet("net", nullptr, "a/b", value); });
+      TalkFree(value);
+      if (result == 1) {
+        EXPECT_EQ("{\"a\":{\"b\":{\"x\":\"2\"}}}", file_content(kNet)) << each.nth();
+      } else {
+        EXPECT_EQ(before, file_content(kNet)) << each.nth();
+      }
+    }
+    EXPECT_GT(failures, 4);
+  }
+}
+
+TEST_F(ConfigSetTest, a_value_without_a_text_form_is_refused) {
+  put_file(kNet, "{\"a\":\"1\"}");
+  talk_t* number = json_new_number("7");
+  EXPECT_EQ(0, ConfigSet("net", nullptr, "a", number));
+  EXPECT_EQ(0, ConfigSet("net", nullptr, nullptr, number));
+  TalkFree(number);
+  EXPECT_EQ("{\"a\":\"1\"}", file_content(kNet));
+}
+
+TEST_F(ConfigSetTest, a_file_in_the_way_of_a_folder_fails_the_set) {
+  put_file("/etc/config/p q", "a file");
+  ASSERT_EQ(0, symlink("nowhere", "/etc/config/r s"));
+  EXPECT_EQ(0, set("p q/x", "a", "1"));
+  EXPECT_EQ(0, set("r s/x", "a", "1"));
+  EXPECT_EQ("a file", file_content("/etc/config/p q"));
 }
 
 }  // namespace

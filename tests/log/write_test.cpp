@@ -296,4 +296,11 @@ TEST_F(LogWriteTest, lost_memory_is_told_twice_and_ends_the_process) {
   EXPECT_EQ("", ended.out);
 }
 
+TEST_F(LogWriteTest, a_format_that_is_refused_gives_an_empty_message) {
+  const wchar_t unspeakable[] = {static_cast<wchar_t>(0x110000), 0};
+  const Captured shown =
+      capture([&] { LogWrite(3 | LOG_MODE_CONSOLE, "test", __LINE__, "before %ls", unspeakable); });
+  EXPECT_EQ("error: \n", shown.err);
+}
+
 }  // namespace

@@ -355,4 +355,39 @@ TEST_F(ReplaceFileTest, killed_at_any_system_call_a_new_file_is_whole_or_missing
   }
 }
 
+TEST_F(ReplaceFileTest, a_path_may_be_relative_or_stand_in_the_root_folder) {
+  const auto ended = run_child([&] {
+    if (chdir("/etc/config") != 0) return 2;
+    return save("lan.cfg") && save("fresh.cfg") ? 0 : 1;
+  });
+  EXPECT_EQ(0, ended.status) << ended.err;
+  EXPECT_EQ(kNew, file_content(kFile));
+  EXPECT_EQ(kNew, file_content("/etc/config/fresh.cfg"));
+  errno = 0;
+  if (save("/fairlead-test.cfg")) {
+    EXPECT_EQ(kNew, file_content("/fairlead-test.cfg"));
+    unlink("/fairlead-test.cfg");
+  } else {
+    EXPECT_TRUE(errno == EROFS || errno == EACCES) << errno;
+  }
+}
+
+TEST_F(ReplaceFileTest, a_dangling_link_may_be_relative_absolute_or_lead_to_another) {
+  ASSERT_EQ(0, symlink("far/real.cfg", "/etc/config/one.cfg"));
+  ASSERT_EQ(0, symlink("/etc/config/one.cfg", "/etc/config/two.cfg"));
+  ASSERT_EQ(0, mkdir("/etc/config/far", 0770));
+  EXPECT_EQ(1, save("/etc/config/two.cfg"));
+  EXPECT_EQ(kNew, file_content("/etc/config/far/real.cfg"));
+}
+
+TEST_F(ReplaceFileTest, links_that_lead_to_too_long_a_path_are_refused) {
+  std::string deep;
+  for (int level = 0; level < 15; ++level) deep += std::string(254, 'd') + "/";
+  ASSERT_EQ(0, symlink((deep + "x").c_str(), "/etc/config/long.cfg"));
+  EXPECT_EQ(0, save("/etc/config/long.cfg"));
+  ASSERT_EQ(0, symlink((std::string(200, '/') + "etc/config/long.cfg").c_str(),
+                       "/etc/config/longer.cfg"));
+  EXPECT_EQ(0, save("/etc/config/longer.cfg"));
+}
+
 }  // namespace
