@@ -10,6 +10,7 @@
 
 #include "base/descriptor.h"
 #include "base/fail.h"
+#include "base/same_file.h"
 #include "fairlead/misc/files.h"
 #include "misc/locked_file.h"
 
@@ -18,6 +19,7 @@ namespace {
 using fairlead::Descriptor;
 using fairlead::fail;
 using fairlead::LockedFile;
+using fairlead::same_file;
 
 constexpr size_t kBlockSize = 4096;
 constexpr mode_t kPermissions = 0777;
@@ -63,10 +65,6 @@ int compare(int a, int b, off_t size) {
     size -= wanted;
   }
   return result;
-}
-
-bool same_file(const struct stat& a, const struct stat& b) {
-  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
 // A count of bytes as a result; it stops where int ends.

@@ -1,5 +1,4 @@
 // A command without a shell, with a limit on its time.
-#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,6 +12,7 @@
 #include "base/fail.h"
 #include "fairlead/misc/process.h"
 #include "misc/command.h"
+#include "misc/null_streams.h"
 
 namespace {
 
@@ -59,19 +59,12 @@ void drop_handlers() {
   }
 }
 
-void silence() {
-  const int null = open("/dev/null", O_RDWR);
-  if (null < 0) return;
-  for (int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(null, standard);
-  if (null > STDERR_FILENO) close(null);
-}
-
 // Only calls that are safe beside the parent's memory, which a child made by vfork shares.
 [[noreturn]] void become(const Words& words, const CommandSignals& signals, int quiet) {
   signals.put_back_handlers();
   drop_handlers();
   signals.mask().put_back();
-  if (quiet) silence();
+  if (quiet) fairlead::silence_standard_streams();
   if (words.count > 0) execvp(words.program.text(), words.vector);
   _exit(kCannotRun);
 }

@@ -6,11 +6,12 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <ctime>
 #include <utility>
 
+#include "base/deadline.h"
 #include "base/descriptor.h"
 #include "base/fail.h"
+#include "base/same_file.h"
 #include "base/sync_folder.h"
 #include "fairlead/misc/process.h"
 #include "misc/locked_file.h"
@@ -21,10 +22,6 @@ namespace {
 
 constexpr mode_t kNewMode = 0660;
 constexpr int kWriteLock = 1;
-
-bool same_file(const struct stat& a, const struct stat& b) {
-  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
 
 // A file that was waited for may have been replaced meanwhile: its lock is then worth nothing.
 bool still_named(int fd, const char* path) {
@@ -54,22 +51,6 @@ bool remove_abandoned(const char* path, int seconds) {
   if (still_named(old.get(), path)) unlink(path);
   return true;
 }
-
-// One second for all waits of a save together.
-class Deadline {
- public:
-  Deadline() { clock_gettime(CLOCK_MONOTONIC, &begin_); }
-
-  bool passed() const {
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec - begin_.tv_sec > kLockSeconds ||
-           (now.tv_sec - begin_.tv_sec == kLockSeconds && now.tv_nsec >= begin_.tv_nsec);
-  }
-
- private:
-  timespec begin_;
-};
 
 // The file beside the target that becomes the target. Removed unless it did.
 class Temporary {
@@ -127,7 +108,8 @@ class Save {
   Save(const SavePaths& paths, std::string_view content) : paths_(paths), content_(content) {}
 
   bool run() {
-    for (const Deadline deadline; !deadline.passed();) {
+    // One for all waits of a save together.
+    for (const Deadline deadline(kLockSeconds); !deadline.passed();) {
       target_.reset(lock_open(paths_.target(), O_RDWR, 0, kLockSeconds));
       if (!target_ && errno != ENOENT) return false;
       if (target_ && !still_named(target_.get(), paths_.target())) continue;

@@ -7,6 +7,7 @@
 #include "fairlead/config.h"
 #include "fairlead/log.h"
 #include "fairlead/misc.h"
+#include "fairlead/service.h"
 #include "fairlead/state.h"
 #include "fairlead/talk.h"
 #include "fairlead/uii.h"

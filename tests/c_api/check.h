@@ -31,6 +31,7 @@ void use_json(void);
 void use_log(void);
 void use_misc(void);
 void use_paths(void);
+void use_service(void);
 void use_state(void);
 void use_talk(void);
 void use_uii(void);

@@ -27,6 +27,7 @@ int main(int count, char** arguments) {
   use_paths();
   use_uii();
   use_config();
+  use_service();
   use_state();
   use_misc();
   use_log();

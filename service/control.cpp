@@ -1,0 +1,139 @@
+// Services stopped, reset and switched off, and their processes found.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdarg>
+#include <ctime>
+
+#include "base/deadline.h"
+#include "base/fail.h"
+#include "base/same_file.h"
+#include "fairlead/misc/process.h"
+#include "fairlead/service.h"
+#include "service/record.h"
+#include "service/record_path.h"
+
+namespace {
+
+using namespace fairlead;
+
+constexpr int kShared = 0;
+constexpr timespec kPause = {0, 10000000};
+
+struct Demand {
+  int signal_number;
+  int seconds;  // to wait for the end
+};
+// The last wait is for the kernel, which may take a moment to end even a killed process.
+constexpr Demand kEscalation[] = {{SIGTERM, 2}, {SIGTERM, 3}, {SIGKILL, 2}};
+
+// A daemon has gone once its lock can be shared.
+bool take_over(int fd, int seconds) { return lockfd_set(fd, kShared, 0, SEEK_SET, 0, seconds); }
+
+// A handler of the caller's ends the wait for a lock early, but not the daemon's time.
+bool wait_for_end(int fd, int seconds) {
+  const Deadline deadline(seconds);
+  while (const int left = deadline.milliseconds_left()) {
+    if (take_over(fd, (left + 999) / 1000)) return true;
+    nanosleep(&kPause, nullptr);
+  }
+  return take_over(fd, 0);
+}
+
+// Ends the record's daemon. Afterwards this process has the record, so that none is started before
+// it lets go of it. False with errno: ESRCH no daemon | that of kill.
+bool end_daemon(int fd) {
+  bool signalled = false;
+  for (const Demand& demand : kEscalation) {
+    if (take_over(fd, 0)) break;
+    // Asked anew each time: the number may belong to another process by now.
+    const pid_t daemon = lock_holder(fd);
+    if (daemon > 0) {
+      if (kill(daemon, demand.signal_number) != 0 && errno != ESRCH) return false;
+      signalled = true;
+    }
+    if (wait_for_end(fd, demand.seconds)) break;
+  }
+  return signalled || fail<bool>(ESRCH);
+}
+
+// A daemon that ends itself cannot wait for it.
+int signal_myself() { return kill(getpid(), SIGTERM) == 0 ? 0 : -1; }
+
+int stop_myself(const char* path) {
+  if (truncate(path, 0) != 0) return -1;
+  unlink(path);
+  return signal_myself();
+}
+
+// Unless another process has made a new record of that name meanwhile.
+void remove_record(int fd, const char* path) {
+  const ErrnoKeeper keep;
+  struct stat own, named;
+  if (fstat(fd, &own) == 0 && stat(path, &named) == 0 && same_file(own, named)) unlink(path);
+}
+
+int stop(const RecordPath& path) {
+  if (!path) return -1;
+  if (own_lock(path.text()) >= 0) return stop_myself(path.text());
+  // Emptied from the start, so that a check at the same time does not restart it.
+  const Descriptor record(open(path.text(), O_RDWR | O_TRUNC | O_NONBLOCK | O_CLOEXEC));
+  if (!record) return -1;
+  const bool ended = end_daemon(record.get());
+  // A daemon that must not be signalled lives on, and its emptied record still tells where.
+  if (ended || errno == ESRCH) remove_record(record.get(), path.text());
+  return ended ? 0 : -1;
+}
+
+int reset(const RecordPath& path) {
+  if (!path) return -1;
+  bool ended = own_lock(path.text()) >= 0;
+  if (ended) {
+    if (signal_myself() != 0) return -1;
+  } else {
+    const Descriptor record(open(path.text(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+    if (!record) return -1;
+    ended = end_daemon(record.get());
+  }  // closed, or the new daemon would find the record taken
+  const ErrnoKeeper keep;
+  DaemonCheck();
+  return ended ? 0 : -1;
+}
+
+}  // namespace
+
+extern "C" int ServiceStop(const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const RecordPath path(format, arguments);
+  va_end(arguments);
+  return stop(path);
+}
+
+extern "C" int ServiceReset(const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const RecordPath path(format, arguments);
+  va_end(arguments);
+  return reset(path);
+}
+
+extern "C" int ServiceOff(const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const RecordPath path(format, arguments);
+  va_end(arguments);
+  return path && truncate(path.text(), 0) == 0 ? 0 : -1;
+}
+
+extern "C" pid_t ServicePid(const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const RecordPath path(format, arguments);
+  va_end(arguments);
+  const OpenRecord record(path.text());
+  return record ? record.holder() : -1;
+}
