@@ -15,7 +15,7 @@ static_assert(kNameRoom == kParametersOffset - kInterfaceOffset);
 // A file of fewer bytes is no record.
 inline constexpr size_t kShortestRecord = kInterfaceOffset;
 // Nor is one whose parameters are longer than the kernel hands to a program in one argument.
-inline constexpr size_t kLongestParameters = 128 * 1024;
+inline constexpr size_t kLongestParameters = size_t{128} * 1024;
 inline constexpr size_t kLongestRecord = kParametersOffset + kLongestParameters;
 
 }  // namespace fairlead

@@ -63,8 +63,7 @@ class Daemon {
     if (setsid() < 0) log(kWarningWithErrno, "setsid error for ServiceStart( %s:%s )", __LINE__);
   }
 
-  __attribute__((format(printf, 2, 0))) [[noreturn]] void run(const char* format,
-                                                              va_list arguments) {
+  [[noreturn, gnu::format(printf, 2, 0)]] void run(const char* format, va_list arguments) {
     OwnedText parameters;
     if (format) parameters = format_text(format, arguments);
     if (format && !parameters) give_up();
