@@ -2,7 +2,10 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS fairlead EXPORT fairlead LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(TARGETS he RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS he fairlead_tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES docs/man/he.1 docs/man/fairlead.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES tools/fairlead/completion.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+        RENAME fairlead)
 install(DIRECTORY include/fairlead DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(EXPORT fairlead NAMESPACE fairlead:: FILE fairleadTargets.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/fairlead)

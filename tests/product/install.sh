@@ -1,7 +1,7 @@
 #!/bin/sh
 # install.sh CMAKE BUILD-FOLDER C-COMPILER C-FLAGS LIBRARY-ARCHITECTURE: installs the build and uses it from a project
 # of its own, found by CMake and by pkg-config.
-set -eu
+set -eux
 cmake=$1 build=$2 compiler=$3 flags=$4 architecture=$5
 consumer=$(dirname "$0")/consumer
 

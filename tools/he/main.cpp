@@ -1,7 +1,4 @@
 // he - puts one request to the library and prints the answer.
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
 
@@ -11,16 +8,9 @@
 #include "tools/he/reason.h"
 #include "tools/he/report.h"
 #include "tools/he/request.h"
+#include "tools/standard_streams.h"
 
 namespace {
-
-// A closed one would be taken by the next file that is opened, and the answer written into that.
-// What stands in for it fails as a closed one does, and no child inherits it.
-void occupy_closed_standard_descriptors() {
-  for (int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-    if (fcntl(fd, F_GETFD) < 0)
-      open("/dev/null", (fd == STDIN_FILENO ? O_WRONLY : O_RDONLY) | O_CLOEXEC);
-}
 
 he::Exit finish_output(he::Exit result) {
   const char* problem = he::flush_answer();
@@ -67,7 +57,7 @@ he::Exit run(const he::Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  occupy_closed_standard_descriptors();
+  tools::occupy_closed_standard_descriptors();
   he::Options options;
   if (!he::read_options(argc, argv, options)) return he::kUsage;
   if (options.help) {

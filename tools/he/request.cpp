@@ -11,7 +11,7 @@
 #include "fairlead/adp/project.h"
 #include "fairlead/adp/request.h"
 #include "fairlead/talk/text.h"
-#include "tools/he/storable.h"
+#include "tools/storable.h"
 
 namespace he {
 namespace {
@@ -29,8 +29,8 @@ bool spoils_the_store(uii_t* identifier, const Asked& asked) {
   char file[fairlead::kPathSize];
   if (AdpPath(nullptr, asked.object, file, sizeof file) != ADP_PURE) return false;
   for (int i = 1; i <= UiiConfigCount(identifier); ++i)
-    if (!storable(UiiConfig(identifier, i))) return true;
-  return asked.value && RenderCheck(asked.value) && !storable(RenderString(asked.value));
+    if (!tools::storable(UiiConfig(identifier, i))) return true;
+  return asked.value && RenderCheck(asked.value) && !tools::storable(RenderString(asked.value));
 }
 
 // FdTalk's answer codes are no request.

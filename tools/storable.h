@@ -4,7 +4,7 @@
 #include <cctype>
 #include <cstring>
 
-namespace he {
+namespace tools {
 
 // The end of the escape sequence whose backslash stands at `at`, or null when it is none.
 inline const char* escape_end(const char* at) {
@@ -23,4 +23,4 @@ inline bool storable(const char* text) {
   return true;
 }
 
-}  // namespace he
+}  // namespace tools

@@ -1,0 +1,139 @@
+// The control tool's verbs for services, with a stand-in for the request tool that waits.
+#include <csignal>
+#include <sstream>
+
+#include "service/service_support.h"
+#include "tools/fairlead_program.h"
+
+namespace {
+
+using fairlead_test::Child;
+using fairlead_test::Ended;
+using fairlead_test::ServiceTest;
+
+class ControlServiceTest : public ServiceTest {
+ protected:
+  static Ended fairlead(const std::vector<std::string>& arguments) {
+    return fairlead_test::run_child([&] { return exec(arguments); });
+  }
+
+  static int exec(const std::vector<std::string>& arguments) {
+    std::vector<char*> argv{const_cast<char*>("fairlead")};
+    for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    execv(FAIRLEAD_PROGRAM, argv.data());
+    return 126;
+  }
+
+  static void expect(const std::vector<std::string>& arguments, int status, const std::string& out,
+                     const std::string& err = "") {
+    const Ended ended = fairlead(arguments);
+    EXPECT_EQ(status, ended.status);
+    EXPECT_EQ(out, ended.out);
+    EXPECT_EQ(err.empty() ? "" : "fairlead: " + err + "\n", ended.err);
+  }
+};
+
+TEST_F(ControlServiceTest, starts_shows_and_stops_a_service) {
+  expect({"service", "list"}, 3, "", "there are no services");
+  expect({"service", "start", "one", "test", "wait", "a,b"}, 0, "");
+  const pid_t daemon = pid("one");
+  const std::string number = std::to_string(daemon);
+  expect({"service", "pid", "one"}, 0, number + "\n");
+  expect({"service", "list"}, 0, "one\tlive\t" + number + "\ttest\twait\n");
+  expect(
+      {"service", "info", "one"}, 0,
+      "status\tlive\npid\t" + number + "\nadp\ttest\nfunc\twait\nparameter1\ta\nparameter2\tb\n");
+  expect({"service", "stop", "one"}, 0, "");
+  EXPECT_EQ(-SIGTERM, end_of(daemon));
+  expect({"service", "stop", "one"}, 3, "", "there is no service 'one'");
+  expect({"service", "pid", "one"}, 3, "", "'one' is not running");
+}
+
+TEST_F(ControlServiceTest, shows_a_dead_service_and_brings_it_back) {
+  const pid_t daemon = start("one");
+  kill_daemon(daemon);
+  expect({"service", "list"}, 0, "one\tdie\t-\ttest\twait\n");
+  expect({"service", "check"}, 0, "");
+  EXPECT_GT(pid("one"), 0);
+  stop("one");
+}
+
+TEST_F(ControlServiceTest, resets_and_switches_off) {
+  const pid_t first = start("one");
+  expect({"service", "reset", "one"}, 0, "");
+  EXPECT_EQ(-SIGTERM, end_of(first));
+  const pid_t second = pid("one");
+  EXPECT_GT(second, 0);
+  expect({"service", "off", "one"}, 0, "");
+  expect({"service", "info", "one"}, 3, "", "there is no service 'one', or it is off");
+  EXPECT_EQ(second, pid("one"));
+  expect({"service", "off", "two"}, 3, "", "there is no service 'two'");
+  stop("one");
+}
+
+TEST_F(ControlServiceTest, names_what_cannot_be_a_service) {
+  expect({"service", "start", "a/b", "test", "wait"}, 1, "",
+         "service 'a/b' cannot be started: Invalid argument");
+}
+
+// Reads what the watch has told until a text is there.
+void wait_for_text(const std::string& path, const std::string& text, size_t times = 1) {
+  for (;; usleep(10'000)) {
+    const std::string content = fairlead_test::file_content(path);
+    size_t found = 0;
+    for (size_t at = 0; (at = content.find(text, at)) != std::string::npos; ++at) ++found;
+    if (found >= times) return;
+  }
+}
+
+class WatchTest : public ControlServiceTest {
+ protected:
+  static int watch() {
+    close(1);
+    if (open("/tmp/watch.out", O_WRONLY | O_CREAT | O_TRUNC, 0600) != 1) return 126;
+    return exec({"service", "watch", "--interval", "1"});
+  }
+};
+
+TEST_F(WatchTest, restarts_a_dead_service_and_says_so) {
+  kill_daemon(start("one"));
+  Child watch([] { return WatchTest::watch(); });
+  wait_for_text("/tmp/watch.out", "one: was dead and is restarted");
+  watch.send(SIGTERM);
+  const Ended ended = watch.wait();
+  EXPECT_EQ(0, ended.status);
+  EXPECT_GT(pid("one"), 0);
+  stop("one");
+}
+
+TEST_F(WatchTest, pauses_longer_and_longer_for_a_service_that_keeps_dying) {
+  fairlead_test::put_record("bad", fairlead_test::record_of("test", "end"));
+  Child watch([] { return WatchTest::watch(); });
+  wait_for_text("/tmp/watch.out", "bad: was dead and is restarted", 3);
+  watch.send(SIGINT);
+  EXPECT_EQ(0, watch.wait().status);
+  const std::string told = fairlead_test::file_content("/tmp/watch.out");
+  EXPECT_EQ(0u, told.find("bad: was dead and is restarted, the next restart not before 1 s\n"
+                          "bad: was dead and is restarted, the next restart not before 2 s\n"
+                          "bad: was dead and is restarted, the next restart not before 4 s\n"))
+      << told;
+  while (next_end() == 0) continue;
+  EXPECT_EQ(-1, ServiceStop("bad"));
+}
+
+TEST_F(WatchTest, hands_the_parameters_on_as_a_check_does) {
+  fairlead_test::put_record("told", fairlead_test::record_of("test", "tell", "a,{\"b\":\"c\"},100%%"));
+  Child watch([] { return WatchTest::watch(); });
+  wait_for_text("/tmp/told", "leads its session");
+  watch.send(SIGTERM);
+  watch.wait();
+  EXPECT_NE(
+      std::string::npos,
+      fairlead_test::file_content("/tmp/told").find(R"(argument test.tell[a,{"b":"c"},100%])"))
+      << fairlead_test::file_content("/tmp/told");
+  while (next_end() == 0) continue;
+  EXPECT_EQ(-1, ServiceStop("told"));
+}
+
+}  // namespace

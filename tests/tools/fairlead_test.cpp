@@ -1,0 +1,282 @@
+// The control tool: its grammar, its answers in three forms, and its exit codes.
+#include <fcntl.h>
+
+#include <sstream>
+
+#include "tools/fairlead_program.h"
+
+namespace {
+
+using fairlead_test::ControlTest;
+using fairlead_test::Ended;
+using fairlead_test::file_content;
+using fairlead_test::put_file;
+
+// Grammar
+
+TEST_F(ControlTest, refuses_what_it_does_not_know) {
+  expect_usage({}, "no command given");
+  expect_usage({"cable"}, "unknown noun 'cable'");
+  expect_usage({"config"}, "config needs a verb");
+  expect_usage({"config", "eat"}, "unknown verb 'eat' for config");
+  expect_usage({"config", "list", "--speed", "9600"}, "config list has no option --speed");
+  expect_usage({"config", "list", "--fast"}, "unknown option '--fast'");
+}
+
+TEST_F(ControlTest, names_missing_and_surplus_arguments) {
+  expect_usage({"config", "get"}, "config get needs NAME [PATH]");
+  expect_usage({"config", "get", "a", "b", "c"}, "config get: 'c' is one argument too many");
+  expect_usage({"adapter", "bind", "", "x"},
+               "adapter bind: an argument is empty; it takes OBJECT ADAPTER");
+}
+
+TEST_F(ControlTest, checks_the_values_of_options) {
+  expect_usage({"net", "resolve", "x", "--timeout"}, "--timeout needs a value: SECONDS");
+  for (const char* wrong : {"", "0", "-1", "1s", " 1", "99999999999"})
+    expect_usage({"net", "resolve", "x", "--timeout", wrong},
+                 "--timeout: '" + std::string(wrong) + "' is no number of seconds, at least 1");
+  expect_usage({"at", "/dev/null", "AT", "--speed", "fast"},
+               "--speed: 'fast' is no number of baud, at least 1");
+}
+
+TEST_F(ControlTest, takes_everything_behind_two_dashes_for_arguments) {
+  expect({"value", "set", "dashes", "--", "--json"}, 0, "");
+  expect({"value", "get", "dashes"}, 0, "--json\n");
+}
+
+TEST_F(ControlTest, tells_its_version) {
+  expect({"--version"}, 0, "fairlead " FAIRLEAD_VERSION "\n");
+}
+
+TEST_F(ControlTest, survives_any_argument) {
+  const std::string nasty[] = {
+      "", std::string(4096, 'x'), "%s%n%d", "a\nb", "'\"`$(ls)", "../..", "\xff\xfe", "{"};
+  const Ended commands = fairlead({"--commands"});
+  std::istringstream lines(commands.out);
+  size_t runs = 0;
+  for (std::string noun, verb, rest; lines >> noun >> verb && std::getline(lines, rest);) {
+    if (verb == "watch" || verb == "-" || verb == "resolve") continue;
+    for (const std::string& text : nasty) {
+      const Ended ended = fairlead({noun, verb, text, text, text});
+      EXPECT_LE(ended.status, 3) << noun << ' ' << verb << ' ' << text;
+      EXPECT_EQ(0, ended.signal) << noun << ' ' << verb << ' ' << text;
+      ++runs;
+    }
+  }
+  EXPECT_GT(runs, 200u);
+}
+
+// Help
+
+TEST_F(ControlTest, helps_with_each_command_it_lists) {
+  const Ended commands = fairlead({"--commands"});
+  std::istringstream lines(commands.out);
+  size_t count = 0;
+  for (std::string noun, verb, rest; lines >> noun >> verb && std::getline(lines, rest); ++count) {
+    std::vector<std::string> words{noun};
+    if (verb != "-") words.push_back(verb);
+    words.push_back("--help");
+    const Ended help = fairlead(words);
+    EXPECT_EQ(0, help.status);
+    EXPECT_NE(std::string::npos, help.out.find("example:\n  fairlead " + noun)) << help.out;
+    EXPECT_NE(std::string::npos, help.out.find("--json")) << help.out;
+  }
+  EXPECT_GE(count, 30u);
+}
+
+TEST_F(ControlTest, helps_with_a_noun) {
+  const Ended help = fairlead({"config", "--help"});
+  EXPECT_EQ(0, help.status);
+  for (const char* verb : {"config list", "config get", "config set", "config delete"})
+    EXPECT_NE(std::string::npos, help.out.find(verb));
+  EXPECT_EQ(std::string::npos, help.out.find("adapter"));
+}
+
+TEST_F(ControlTest, fails_when_the_answer_cannot_be_written) {
+  const Ended ended = fairlead({"--help"}, [] {
+    close(1);
+    open("/dev/full", O_WRONLY);
+  });
+  EXPECT_EQ(1, ended.status);
+  EXPECT_EQ("fairlead: standard output: No space left on device\n", ended.err);
+}
+
+// Configuration
+
+TEST_F(ControlTest, reads_settings) {
+  expect({"config", "get", "net/wan", "mtu"}, 0, "1500\n");
+  expect({"config", "get", "net/wan"}, 0, "mtu\t1500\ndns/first\t::1\n");
+  expect({"config", "get", "net/wan", "--json"}, 0,
+         "{\"mtu\":\"1500\",\"dns\":{\"first\":\"::1\"}}\n");
+  expect({"config", "get", "net/wan", "dns/third"}, 3, "", "nothing at net/wan:dns/third");
+  expect({"config", "get", "net/lan"}, 3, "", "nothing at net/lan");
+}
+
+TEST_F(ControlTest, changes_settings) {
+  expect({"config", "set", "net/wan", "mtu", "1492"}, 0, "");
+  expect({"config", "set", "net/wan", "dns", R"({"second":"::2"})", "--json"}, 0,
+         "{\"result\":\"done\"}\n");
+  EXPECT_EQ(R"({"mtu":"1492","dns":{"second":"::2"}})", file_content("/etc/config/net/wan.cfg"));
+  expect({"config", "delete", "net/wan", "dns"}, 0, "");
+  expect({"config", "delete", "net/wan", "dns"}, 3, "", "nothing at net/wan:dns");
+  EXPECT_EQ(R"({"mtu":"1492"})", file_content("/etc/config/net/wan.cfg"));
+  expect({"config", "delete", "net/wan"}, 0, "");
+  EXPECT_NE(0, access("/etc/config/net/wan.cfg", F_OK));
+}
+
+TEST_F(ControlTest, deletes_nothing_by_a_bad_value) {
+  const std::string before = file_content("/etc/config/net/wan.cfg");
+  const Ended broken = fairlead({"config", "set", "net/wan", "mtu", "{broken"});
+  EXPECT_EQ(2, broken.status);
+  EXPECT_NE(
+      std::string::npos,
+      broken.err.find("fairlead: '{broken' is no value: it is empty, or begins like an object"));
+  expect_usage({"config", "set", "net/wan", "mtu", ""},
+               "'' is no value: it is empty, or begins like an object and is none");
+  expect_usage({"config", "set", "net/wan", "mtu", "say \"hi\""},
+               R"('say "hi"': a double quote is written \" and a backslash \\ in a stored text)");
+  expect_usage({"config", "set", "net/wan", "/", "text"},
+               "'text': the value of a whole object is an object, {...}");
+  EXPECT_EQ(before, file_content("/etc/config/net/wan.cfg"));
+}
+
+TEST_F(ControlTest, lists_configuration_files) {
+  expect({"config", "list"}, 0, "net/wan\t/etc/config/net/wan.cfg\n");
+  expect({"config", "list", "--json"}, 0, "{\"net\":{\"wan\":\"/etc/config/net/wan.cfg\"}}\n");
+  expect({"config", "list", "nowhere"}, 3, "", "there is no configuration");
+}
+
+// Adapters and projects
+
+TEST_F(ControlTest, binds_shows_and_unbinds_adapters) {
+  expect({"adapter", "list"}, 3, "", "no adapter is registered");
+  expect({"adapter", "bind", "net/lan", "lab/none"}, 1, "",
+         "there is no adapter 'lab/none' in /prj");
+  expect({"adapter", "bind", "net/lan", "lab/answers"}, 0, "");
+  expect({"adapter", "list"}, 0, "net/lan\t/prj/lab/answers.adp\n");
+  expect({"adapter", "list", "net"}, 0, "lan\t/prj/lab/answers.adp\n");
+  expect({"adapter", "show", "net/lan"}, 0,
+         "object\tnet/lan\nkind\tregistered module\nfile\t/prj/lab/answers.adp\n");
+  expect({"adapter", "unbind", "net/lan"}, 0, "");
+  expect({"adapter", "unbind", "net/lan"}, 3, "", "nothing is registered at 'net/lan'");
+}
+
+TEST_F(ControlTest, tells_who_serves_an_object) {
+  expect({"adapter", "show", "lab/answers"}, 0,
+         "object\tlab/answers\nkind\tmodule\nfile\t/prj/lab/answers.adp\n");
+  expect({"adapter", "show", "net/wan"}, 0, "object\tnet/wan\nkind\tconfiguration\n");
+  put_file("/prj/lab/led.ash", "#!/bin/sh\n", 0755);
+  expect({"adapter", "show", "lab/led"}, 0,
+         "object\tlab/led\nkind\tscript\nfile\t/prj/lab/led.ash\n");
+  expect({"adapter", "show", "/"}, 1, "", "'/' names no object");
+}
+
+TEST_F(ControlTest, lists_interfaces) {
+  const Ended listed = fairlead({"adapter", "call-list", "lab/answers", "--json"});
+  EXPECT_EQ(0, listed.status);
+  EXPECT_EQ('{', listed.out[0]);
+  expect({"adapter", "call-list", "net/wan"}, 3, "", "'net/wan' offers no interfaces");
+}
+
+TEST_F(ControlTest, lists_and_installs_projects) {
+  put_file("/prj/lab/led.cfg", R"({"on":"1"})");
+  expect({"project", "list"}, 0, "lab\t/prj/lab\n");
+  expect({"project", "list", "lab"}, 0,
+         "adapters/lab/answers\t/prj/lab/answers.adp\nsettings/lab/led\t/prj/lab/led.cfg\n");
+  expect({"project", "list", "bar"}, 3, "", "there is no project 'bar'");
+  EXPECT_EQ(0, fairlead({"project", "install", "lab"}).status);
+  EXPECT_EQ(R"({"on":"1"})", file_content("/etc/config/lab/led.cfg"));
+  EXPECT_EQ(0, fairlead({"project", "uninstall", "lab"}).status);
+  expect({"project", "uninstall", "lab"}, 3, "", "'lab' has no settings installed");
+  expect({"project", "install", "bar"}, 3, "", "there is no project 'bar'");
+}
+
+// Values and the log
+
+TEST_F(ControlTest, sets_and_shows_values) {
+  expect({"value", "get", "wan"}, 3, "", "there is no value 'wan'");
+  expect({"value", "set", "wan", "up \"now\""}, 0, "");
+  expect({"value", "get", "wan"}, 0, "up \"now\"\n");
+  expect({"value", "get", "wan", "--json"}, 0, "{\"value\":\"up \\\"now\\\"\"}\n");
+  expect({"value", "get", "wan", "--int"}, 1, "", "'wan' has 9 bytes, a number has 4");
+  expect({"value", "list"}, 0, "wan\t9\n");
+}
+
+TEST_F(ControlTest, sets_numbers_of_32_bits) {
+  expect({"value", "set", "mask", "4294967295", "--int"}, 0, "");
+  expect({"value", "get", "mask", "--int"}, 0, "4294967295\n");
+  expect({"value", "get", "mask"}, 0, "ffffffff\n");
+  for (const char* wrong : {"4294967296", "-1", "x", "1x", ""})
+    expect_usage({"value", "set", "mask", wrong, "--int"},
+                 "'" + std::string(wrong) + "' is no number from 0 to 4294967295");
+}
+
+TEST_F(ControlTest, keeps_stores_apart) {
+  expect({"value", "set", "a", "1", "--store", "lab"}, 0, "");
+  expect({"value", "get", "a"}, 3, "", "there is no value 'a'");
+  expect({"value", "get", "a", "--store", "lab"}, 0, "1\n");
+}
+
+TEST_F(ControlTest, shows_and_changes_the_log_settings) {
+  expect({"log", "level"}, 0, "info\n");
+  expect({"log", "mode"}, 0, "syslog\n");
+  expect({"log", "level", "debug"}, 0, "");
+  expect({"log", "mode", "console", "where"}, 0, "");
+  expect({"log", "level"}, 0, "debug\n");
+  expect({"log", "mode"}, 0, "console where\n");
+  expect_usage({"log", "level", "loud"},
+               "'loud' is no level: emerg alert error warn notice info debug");
+  expect_usage({"log", "mode", "pigeon"}, "'pigeon' is no mode: syslog console where");
+}
+
+TEST_F(ControlTest, writes_messages) {
+  expect({"log", "mode", "console"}, 0, "");
+  expect({"log", "write", "info", "100% \"up\""}, 0, "info: 100% \"up\"\n");
+  expect({"log", "write", "debug", "hidden"}, 0, "");
+}
+
+// Joints
+
+TEST_F(ControlTest, makes_lists_and_takes_joints_away) {
+  expect({"joint", "list"}, 3, "", "there are no joints");
+  expect({"joint", "create", "net/wan", "up", "lab/answers", "echo"}, 0, "");
+  expect({"joint", "create", "net/wan", "up", "lab/answers", "echo"}, 0, "");
+  expect({"joint", "list", "--json"}, 0, "{\"net/wan\":{\"up\":{\"lab/answers.echo\":\"\"}}}\n");
+  expect({"joint", "cast", "net/wan", "up", "{\"ip\":\"10.0.0.1\"}"}, 0, "");
+  expect({"joint", "delete", "net/wan", "up", "lab/answers", "echo"}, 0, "");
+  expect({"joint", "delete", "net/wan", "up", "lab/answers", "echo"}, 3, "",
+         "there is no such joint");
+  expect({"joint", "list", "net/lan"}, 3, "", "'net/lan' has no joints");
+}
+
+// Network
+
+TEST_F(ControlTest, tells_facts_of_an_interface) {
+  const Ended info = fairlead({"net", "info", "lo", "--json"});
+  EXPECT_EQ(0, info.status);
+  EXPECT_EQ(0u, info.out.find("{\"interface\":\"lo\",\"flags\":\"")) << info.out;
+  expect({"net", "info", "none0"}, 3, "", "there is no interface 'none0'");
+  expect({"net", "counters", "none0"}, 3, "", "there is no interface 'none0'");
+  EXPECT_EQ(0u, fairlead({"net", "counters", "lo"}).out.find("received_bytes\t"));
+}
+
+TEST_F(ControlTest, reckons_with_hardware_addresses) {
+  expect({"net", "mac", "00:11:22:33:44:ff", "1"}, 0,
+         "mac\t00:11:22:33:45:00\nserial\t001122334500\n");
+  expect_usage({"net", "mac", "eth0"}, "'eth0' is no hardware address such as 00:11:22:33:44:55");
+  expect_usage({"net", "mac", "00:11:22:33:44:55", "x"}, "'x' is no amount");
+}
+
+TEST_F(ControlTest, resolves_and_connects) {
+  expect({"net", "resolve", "127.0.0.1"}, 0, "127.0.0.1\n");
+  expect_usage({"net", "connect", "127.0.0.1", "70000"}, "'70000' is no port from 1 to 65535");
+  EXPECT_EQ(1, fairlead({"net", "connect", "127.0.0.1", "1"}).status);
+}
+
+// Modem
+
+TEST_F(ControlTest, names_a_device_that_is_none) {
+  expect({"at", "/dev/none", "AT"}, 1, "", "/dev/none: No such file or directory");
+}
+
+}  // namespace

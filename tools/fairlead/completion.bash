@@ -1,0 +1,30 @@
+# Completes fairlead in bash. What can follow comes from the tool itself, so that it is never out of date.
+
+_fairlead_names() {  # what the device has of the kind that the command takes
+  case $1 in
+    service) fairlead service list --json 2>/dev/null | grep -o '"[^"]*":{' | tr -d '":{' ;;
+    project) fairlead project list 2>/dev/null | cut -f 1 ;;
+    config) fairlead config list 2>/dev/null | cut -f 1 ;;
+    value) fairlead value list 2>/dev/null | cut -f 1 ;;
+    adapter) fairlead project list 2>/dev/null | cut -f 1 | while read -r project; do
+        fairlead project list "$project" 2>/dev/null | sed -n 's,^adapters/,,p' | cut -f 1
+      done ;;
+    net) ls /sys/class/net 2>/dev/null ;;
+  esac
+}
+
+_fairlead() {
+  local current=${COMP_WORDS[COMP_CWORD]} noun=${COMP_WORDS[1]-} verb=${COMP_WORDS[2]-} words
+  case $COMP_CWORD in
+    1) words=$(fairlead --commands | cut -d ' ' -f 1 | sort -u) ;;
+    2) words=$(fairlead --commands | awk -v noun="$noun" '$1 == noun && $2 != "-" { print $2 }') ;;
+    *) words=$(_fairlead_names "$noun") ;;
+  esac
+  if [[ $current == -* ]]; then
+    words=$(fairlead --commands | awk -v noun="$noun" -v verb="$verb" '$1 == noun && ($2 == verb || $2 == "-") {
+      for (i = 3; i <= NF; ++i) if ($i ~ /^--/) print $i }')
+  fi
+  mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+}
+
+complete -o default -F _fairlead fairlead

@@ -1,0 +1,73 @@
+// Services.
+#include "fairlead/service.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "talk/owned_talk.h"
+#include "tools/fairlead/output.h"
+#include "tools/fairlead/report.h"
+
+namespace control {
+
+namespace {
+
+constexpr const char* kColumns[] = {"status", "pid", "adp", "func"};
+
+// A control function that finds no daemon says ESRCH, without a record ENOENT.
+Exit outcome(const Call& call, int result) {
+  if (result == 0) return done(call);
+  const char* name = call.argument(0);
+  if (errno == ENOENT) return nothing("there is no service '%s'", name);
+  if (errno == ESRCH) return nothing("'%s' was not running", name);
+  return fail_because(errno, "service '%s'", name);
+}
+
+}  // namespace
+
+Exit service_list(const Call& call) {
+  const fairlead::OwnedTalk services(ServiceList());
+  if (!services) return fail("out of memory");
+  if (!services->child && !call.options.json) return nothing("there are no services");
+  return show_table(call, services.get(), "service", kColumns);
+}
+
+Exit service_info(const Call& call) {
+  const fairlead::OwnedTalk info(ServiceInfo("%s", call.argument(0)));
+  if (!info) return nothing("there is no service '%s', or it is off", call.argument(0));
+  return show(call, info.get());
+}
+
+Exit service_pid(const Call& call) {
+  const pid_t pid = ServicePid("%s", call.argument(0));
+  if (pid < 0) return nothing("'%s' is not running", call.argument(0));
+  return show_number(call, "pid", pid);
+}
+
+Exit service_start(const Call& call) {
+  const char* parameters = call.argument(3);
+  errno = 0;
+  const int result =
+      parameters
+          ? ServiceStart(call.argument(0), call.argument(1), call.argument(2), "%s", parameters)
+          : ServiceStart(call.argument(0), call.argument(1), call.argument(2), nullptr);
+  if (result != 0) return fail_because(errno, "service '%s' cannot be started", call.argument(0));
+  return done(call);
+}
+
+Exit service_stop(const Call& call) { return outcome(call, ServiceStop("%s", call.argument(0))); }
+
+Exit service_reset(const Call& call) {
+  const int result = ServiceReset("%s", call.argument(0));
+  return result != 0 && errno == ESRCH ? done(call) : outcome(call, result);
+}
+
+Exit service_off(const Call& call) { return outcome(call, ServiceOff("%s", call.argument(0))); }
+
+Exit service_check(const Call& call) {
+  errno = 0;
+  if (DaemonCheck() != 0) return fail_because(errno, "the services cannot be checked");
+  return done(call);
+}
+
+}  // namespace control
