@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <utility>
 
 #include "base/descriptor.h"
 #include "fairlead/adp/isolated.h"
@@ -98,17 +99,24 @@ bool finish(const ChildCall& call, const ChildSignals& signals, pid_t child, int
   return reaped == 0 ? !died(call, child) : reaped > 0;
 }
 
+bool connect(Descriptor& parent_end, Descriptor& child_end) {
+  int ends[2];
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return false;
+  Descriptor first(ends[0]), second(ends[1]);
+  parent_end = beside_standard(std::move(first));
+  child_end = beside_standard(std::move(second));  // an adapter that prints gives no answer by that
+  return parent_end && child_end;
+}
+
 }  // namespace
 
 talk_t* call_child(const ChildCall& call, ChildBody body, const void* request) {
-  int ends[2];
-  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+  Descriptor parent_end, child_end;
+  if (!connect(parent_end, child_end)) {
     LogWrite(kErrorWithErrno, call.source, __LINE__, "socketpair error for %s( %s )", call.function,
              call.name);
     return nullptr;
   }
-  Descriptor parent_end(ends[0]);
-  Descriptor child_end(ends[1]);
 
   ChildSignals signals;
   prepare(call, signals);

@@ -1,6 +1,7 @@
 // Owns a file descriptor and closes it on every way out, with errno kept.
 #pragma once
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <utility>
@@ -35,5 +36,12 @@ class Descriptor {
  private:
   int fd_ = -1;
 };
+
+// The same file, close-on-exec, under a number that no standard stream has: where those are closed,
+// what a program prints would end up in it. Empty with errno when no number is left.
+inline Descriptor beside_standard(Descriptor file) {
+  if (!file || file.get() > STDERR_FILENO) return file;
+  return Descriptor(fcntl(file.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
 
 }  // namespace fairlead

@@ -64,7 +64,7 @@ class Attempt {
   Attempt& operator=(const Attempt&) = delete;
 
   Outcome open(const Geometry& geometry, mode_t mode) {
-    file_.reset(sm_open(path_, O_RDWR | O_CREAT | O_EXCL, mode));
+    file_ = opened(O_RDWR | O_CREAT | O_EXCL, mode);
     if (file_) return create(geometry);
     return errno == EEXIST ? join() : Outcome::kFailed;
   }
@@ -81,6 +81,11 @@ class Attempt {
   }
 
  private:
+  // The descriptor stays open as long as the process, whatever that prints meanwhile.
+  fairlead::Descriptor opened(int flags, mode_t mode = 0) const {
+    return fairlead::beside_standard(fairlead::Descriptor(sm_open(path_, flags, mode)));
+  }
+
   Outcome create(const Geometry& geometry) {
     const FileLock lock(file_.get(), FileLock::Interrupted::kTriesAgain);
     if (!lock) return Outcome::kFailed;
@@ -126,9 +131,9 @@ class Attempt {
 
   // A pipe put in the store's place must not stop the process: opened without waiting.
   bool open_existing() {
-    file_.reset(sm_open(path_, O_RDWR | O_NONBLOCK, 0));
+    file_ = opened(O_RDWR | O_NONBLOCK);
     writable_ = static_cast<bool>(file_);
-    if (!file_) file_.reset(sm_open(path_, O_RDONLY | O_NONBLOCK, 0));
+    if (!file_) file_ = opened(O_RDONLY | O_NONBLOCK);
     return static_cast<bool>(file_);
   }
 

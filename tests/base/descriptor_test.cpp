@@ -5,6 +5,7 @@
 
 #include <type_traits>
 
+#include "support/child.h"
 #include "support/device_test.h"
 
 namespace {
@@ -88,6 +89,25 @@ TEST_F(DescriptorTest, moving_one_onto_itself_keeps_it) {
   Descriptor& same = own;
   own = std::move(same);
   EXPECT_TRUE(own);
+}
+
+TEST_F(DescriptorTest, beside_standard_moves_a_file_away_from_the_standard_numbers) {
+  const auto ended = fairlead_test::run_child([] {
+    close(STDIN_FILENO);
+    Descriptor low(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const bool was_low = low.get() == STDIN_FILENO;
+    const Descriptor moved = fairlead::beside_standard(std::move(low));
+    const bool close_on_exec = fcntl(moved.get(), F_GETFD) & FD_CLOEXEC;
+    return was_low && moved.get() > STDERR_FILENO && close_on_exec && !is_open(STDIN_FILENO);
+  });
+  EXPECT_EQ(1, ended.status);
+}
+
+TEST_F(DescriptorTest, beside_standard_leaves_other_numbers) {
+  const int fd = opened();
+  const Descriptor same = fairlead::beside_standard(Descriptor(fd));
+  EXPECT_EQ(fd, same.get());
+  EXPECT_FALSE(fairlead::beside_standard(Descriptor()));
 }
 
 }  // namespace
