@@ -2,12 +2,14 @@
 #include "adp/module.h"
 
 #include <dlfcn.h>
+#include <sys/stat.h>
 
 #include <cstddef>
 #include <cstring>
 
 #include "adp/log_source.h"
 #include "base/bounded_text.h"
+#include "base/fail.h"
 #include "base/owned.h"
 #include "log/out_of_memory.h"
 
@@ -50,6 +52,13 @@ bool cut_names(adp_module_t& module) {
   return true;
 }
 
+// The loader would wait for the writer of a FIFO without end.
+bool is_loadable(const char* file) {
+  struct stat status;
+  if (stat(file, &status) != 0) return false;
+  return S_ISREG(status.st_mode) || fail<bool>(EINVAL);
+}
+
 adp_module_t* load_module(const char* file) {
   Owned<adp_module_t> module = zeroed<adp_module_t>();
   if (!module) return out_of_memory<adp_module_t*>(kAdpSource);
@@ -59,7 +68,7 @@ adp_module_t* load_module(const char* file) {
              "cannot parse the project identify and padp identify by path(%s)", file);
     return nullptr;
   }
-  module->library = dlopen(file, RTLD_NOW | RTLD_LOCAL);
+  module->library = is_loadable(file) ? dlopen(file, RTLD_NOW | RTLD_LOCAL) : nullptr;
   if (!module->library) {
     LogWrite(kErrorWithErrno, kAdpSource, __LINE__, "cannot load the file(%s)", file);
     return nullptr;

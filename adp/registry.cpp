@@ -9,6 +9,7 @@
 #include "talk/member_path.h"
 #include "talk/owned_talk.h"
 #include "talk/path_choice.h"
+#include "talk/readable.h"
 
 namespace {
 
@@ -30,7 +31,7 @@ extern "C" int DynAdpCreate(const char* object, const char* adapter) {
   OwnedTalk value(RenderCreate(file));
   if (!registry || !value || !put_at(registry.get(), object_path.get(), value.get())) return 0;
   (void)value.release();  // the registry's now
-  return VesselFile(registry.get(), kRegistryFile);
+  return save_readable(registry.get(), kRegistryFile);
 }
 
 extern "C" int DynAdpDelete(const char* object) {
@@ -39,7 +40,7 @@ extern "C" int DynAdpDelete(const char* object) {
   if (path.count() == 0) return 0;
   const OwnedTalk registry(FileVessel(kRegistryFile));
   if (!registry || !remove_at(registry.get(), path.get())) return 0;
-  return VesselFile(registry.get(), kRegistryFile);
+  return save_readable(registry.get(), kRegistryFile);
 }
 
 extern "C" talk_t* DynAdpList(const char* name) {

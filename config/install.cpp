@@ -2,6 +2,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstring>
+#include <string_view>
+
 #include "base/directory.h"
 #include "base/fail.h"
 #include "config/folder.h"
@@ -25,8 +28,23 @@ bool install(const char* name, const char* source, const char* project) {
   if (access(folder.text(), R_OK) != 0 && mkdir(folder.text(), 0770) != 0) return false;
   LogWrite(kNotice, "config", __LINE__, "install a config %s to %s by %s", source,
            destination.text(), project);
-  file_copy(source, destination.text());
+  // Such as a device, which may have no end.
+  struct stat status;
+  if (stat(source, &status) == 0 && S_ISREG(status.st_mode)) file_copy(source, destination.text());
   return true;
+}
+
+// Whether the name stays below the root: "" and "." are the whole store, ".." all of the system's
+// "/etc".
+bool is_project(const char* name) {
+  bool named = false;
+  while (*(name += strspn(name, "/")) != '\0') {
+    const std::string_view segment(name, strcspn(name, "/"));
+    if (segment == "." || segment == "..") return false;
+    named = true;
+    name += segment.size();
+  }
+  return named;
 }
 
 }  // namespace
@@ -43,7 +61,7 @@ extern "C" int ConfigInstall(const char* project) {
 }
 
 extern "C" int ConfigUninstall(const char* project) {
-  if (!project) return fail<int>(EINVAL);
+  if (!project || !is_project(project)) return fail<int>(EINVAL);
   PathText folder;
   folder.add(kConfigRoot).add('/').add(project);
   Directory directory(folder.text());

@@ -17,6 +17,7 @@
 #include "talk/member_path.h"
 #include "talk/owned_talk.h"
 #include "talk/path_choice.h"
+#include "talk/readable.h"
 #include "talk/replace_file.h"
 
 namespace {
@@ -50,12 +51,12 @@ vessel_t* read_for_change(const char* file) {
 int change_member(const char* file, slash_t* path, talk_t* value) {
   const OwnedTalk document(read_for_change(file));
   if (!document) return 0;
-  if (!value) return remove_at(document.get(), path) ? VesselFile(document.get(), file) : 0;
+  if (!value) return remove_at(document.get(), path) ? save_readable(document.get(), file) : 0;
 
   OwnedTalk copy(TalkDup(value));
   if (!copy || !put_at(document.get(), path, copy.get())) return 0;
   (void)copy.release();  // the document's now
-  return VesselFile(document.get(), file);
+  return save_readable(document.get(), file);
 }
 
 // The folder goes with its last file, the root never.
@@ -79,7 +80,7 @@ int remove_file(const ConfigPath& file) {
 
 int change_file(const ConfigPath& file, talk_t* value) {
   if (!value) return remove_file(file);
-  return VesselFile(value, file.text());
+  return save_readable(value, file.text());
 }
 
 // Tells other programs that the configuration has changed since they removed the marker. An

@@ -31,7 +31,9 @@ FAIRLEAD_API_BEGIN
  *
  * Returns 1 when the file is on the disk, and leaves the marker then; 0 when nothing was changed:
  * the member to delete is missing, the value is neither object nor string, the file holds JSON that
- * is no object (deliberate: somebody meant it; a damaged file is replaced), or a step failed. */
+ * is no object (deliberate: somebody meant it; a damaged file is replaced), or a step failed. Texts
+ * are stored as they are (json.h): a name or a text that is not in escaped form, such as one with a
+ * bare double quote, would make the file another document or none, and gives 0 with EINVAL. */
 int ConfigSet(const char* name, slash_t* path, const char* path_text, talk_t* value);
 
 /* The same with a value made from text as by StringTalk. Deliberate: a NULL or blank text, and text
@@ -63,12 +65,14 @@ vessel_t* config_list_all(const char* directory);
 /* Copies a project's default files, "/prj/<project>/<stem>.cfg", into the store as
  * <project>/<stem>, over what is there. Each is logged as a notice on syslog and console, "install
  * a config %s to %s by %s" (source, destination, project), and counts whether or not its copy
- * succeeds. Returns 1 when there was at least one, else 0. */
+ * succeeds; what is no regular file is not copied. Returns 1 when there was at least one, else 0.
+ */
 int ConfigInstall(const char* project);
 
 /* Removes the files of "/etc/config/<project>", each logged as a notice, "uninstall a config %s by
  * %s" (file, project), and then the folder. Hidden files and folders inside survive. Returns 1 when
- * the folder is gone, else 0. */
+ * the folder is gone, else 0; EINVAL also when the project is no name below "/etc/config": "", or
+ * with a segment "." or "..". */
 int ConfigUninstall(const char* project);
 
 FAIRLEAD_API_END

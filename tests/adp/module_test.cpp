@@ -1,4 +1,6 @@
 // Module files: how they are loaded, named and kept.
+#include <sys/stat.h>
+
 #include <dlfcn.h>
 #include <unistd.h>
 
@@ -135,6 +137,13 @@ TEST_F(ModuleTest, lost_memory_while_opening_ends_the_process) {
     if (child.status == 1) break;  // opened, and nothing was left to fail
   }
   EXPECT_EQ(2, reports);  // the handle and the module's record; the rest fails in other words
+}
+
+TEST_F(ModuleTest, a_fifo_is_not_waited_for) {
+  fairlead_test::make_directories("/prj/net");
+  ASSERT_EQ(0, mkfifo("/prj/net/pipe.adp", 0600));
+  const std::string log = logged([] { EXPECT_EQ(nullptr, AdpFileOpen(nullptr, "net/pipe")); });
+  EXPECT_EQ(0U, log.find("error: cannot load the file(/prj/net/pipe.adp)(err:")) << log;
 }
 
 }  // namespace

@@ -83,4 +83,24 @@ TEST_F(ConfigInstallTest, uninstall_of_nothing_gives_0) {
   EXPECT_EQ(0, ConfigUninstall("none"));
 }
 
+TEST_F(ConfigInstallTest, uninstall_of_no_single_project_is_refused) {
+  put_file("/etc/config/wan.cfg", "{}");
+  put_file("/etc/precious", "");
+  for (const char* name : {"", ".", "..", "/", "net/..", "../config", "a/./b"}) {
+    errno = 0;
+    EXPECT_EQ(0, ConfigUninstall(name)) << name;
+    EXPECT_EQ(EINVAL, errno) << name;
+  }
+  EXPECT_TRUE(fairlead_test::exists("/etc/config/wan.cfg"));
+  EXPECT_TRUE(fairlead_test::exists("/etc/precious"));
+  fairlead_test::remove_tree("/etc/precious");
+}
+
+TEST_F(ConfigInstallTest, install_copies_no_device) {
+  fairlead_test::make_directories("/prj/net");
+  ASSERT_EQ(0, symlink("/dev/zero", "/prj/net/wan.cfg"));
+  EXPECT_EQ(1, ConfigInstall("net"));
+  EXPECT_FALSE(fairlead_test::exists("/etc/config/net/wan.cfg"));
+}
+
 }  // namespace

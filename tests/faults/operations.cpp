@@ -68,6 +68,13 @@ void old_apn() {
 }
 int delete_with_folder() { return ConfigSet("net/lte/apn", nullptr, nullptr, nullptr); }
 
+// No shell is asked to make these.
+int set_below_odd_names() {
+  const Document document("{\"mtu\":\"1492\"}");
+  return document.get() && ConfigSet("a b/c$d/apn", nullptr, nullptr, document.get());
+}
+std::string odd() { return spelled_and_freed(ConfigGet("a b/c$d/apn", nullptr, nullptr)); }
+
 void project() {
   put_file("/prj/net/port.adp", "");
   put_script("/prj/net/lamp.ash", "printf '{\"state\":\"on\"}' >&$pipeid\n");
@@ -128,14 +135,15 @@ std::string unchanged() { return "unchanged"; }
 
 const std::vector<Operation>& operations() {
   static const std::vector<Operation> table = {
-      {"save", old_wan, save, wan},
-      {"save a new file", no_wan, save, wan},
-      {"set a whole object", old_wan, set_whole, wan},
-      {"set a member", old_wan, set_member, wan},
+      {"save", old_wan, save, wan, true},
+      {"save a new file", no_wan, save, wan, true},
+      {"set a whole object", old_wan, set_whole, wan, true},
+      {"set a member", old_wan, set_member, wan, true},
       {"set in a new folder", no_wan, set_in_a_new_folder, apn},
-      {"delete a member", old_wan, delete_member, wan},
-      {"delete an object", old_wan, delete_file, wan},
-      {"delete an object and its folder", old_apn, delete_with_folder, apn},
+      {"set below folders of odd names", no_wan, set_below_odd_names, odd, true},
+      {"delete a member", old_wan, delete_member, wan, true},
+      {"delete an object", old_wan, delete_file, wan, true},
+      {"delete an object and its folder", old_apn, delete_with_folder, apn, true},
       {"bind", bound, bind_object, bindings},
       {"bind the first", project, bind_object, bindings},
       {"unbind", bound, unbind_object, bindings},
@@ -145,9 +153,9 @@ const std::vector<Operation>& operations() {
       {"install", defaults, install, installed},
       {"set a value", no_wan, set_value, value},
       {"write a small file", no_wan, write_small, small},
-      {"isolated get", old_wan, isolated_get, wan, true},
-      {"isolated set", old_wan, isolated_set, wan, true},
-      {"script get", project, script_get, unchanged, true},
+      {"isolated get", old_wan, isolated_get, wan, false, true},
+      {"isolated set", old_wan, isolated_set, wan, false, true},
+      {"script get", project, script_get, unchanged, false, true},
       {"run a command", no_wan, run_command, unchanged},
       {"run the shell", no_wan, run_shell, unchanged},
   };

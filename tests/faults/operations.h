@@ -12,6 +12,7 @@ struct Operation {
   void (*arrange)();        // the state before
   int (*act)();             // the call: 1 when it says that it is done
   std::string (*state)();   // what a reader finds
+  bool on_disk = false;     // a change of the configuration, which a power cut must not tear
   bool asks_child = false;  // the answer comes from a child that is waited for
 };
 
