@@ -123,7 +123,8 @@ TEST_F(WatchTest, pauses_longer_and_longer_for_a_service_that_keeps_dying) {
 }
 
 TEST_F(WatchTest, hands_the_parameters_on_as_a_check_does) {
-  fairlead_test::put_record("told", fairlead_test::record_of("test", "tell", "a,{\"b\":\"c\"},100%%"));
+  fairlead_test::put_record("told",
+                            fairlead_test::record_of("test", "tell", "a,{\"b\":\"c\"},100%%"));
   Child watch([] { return WatchTest::watch(); });
   wait_for_text("/tmp/told", "leads its session");
   watch.send(SIGTERM);
