@@ -48,7 +48,6 @@ bool wait_for_end(int fd, int seconds) {
 bool end_daemon(int fd) {
   bool signalled = false;
   for (const Demand& demand : kEscalation) {
-    if (take_over(fd, 0)) break;
     // Asked anew each time: the number may belong to another process by now.
     const pid_t daemon = lock_holder(fd);
     if (daemon > 0) {

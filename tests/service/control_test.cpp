@@ -28,6 +28,16 @@ class ControlTest : public ServiceTest {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
   }
 
+  // Whether every child ends without being told to.
+  static bool all_end() {
+    for (int looks = 0; looks < 2000; ++looks) {
+      const pid_t child = waitpid(-1, nullptr, WNOHANG);
+      if (child < 0) return true;
+      if (child == 0) usleep(5000);
+    }
+    return false;
+  }
+
   static bool fails(int error, int result) {
     const bool as_expected = result == -1 && errno == error;
     errno = 0;
@@ -256,6 +266,29 @@ TEST_F(ControlTest, stop_leaves_a_record_alone_that_was_made_anew_meanwhile) {
   EXPECT_TRUE(fault.fired());
   EXPECT_TRUE(exists(record_path("wan")));
   signal_register(SIGUSR1, SIG_DFL);
+}
+
+// Whoever comes first: no daemon lives on that nobody finds.
+TEST_F(ControlTest, a_start_and_a_stop_at_the_same_time_leave_no_daemon_without_a_record) {
+  for (int round = 0; round < 150 && !HasFailure(); ++round) {
+    if (round % 2) put_record("wan", record_of("test", "wait"));
+    Gate gate;
+    const auto race = [&gate](auto action, int delay) {
+      const pid_t child = fork();
+      if (child != 0) return child;
+      gate.wait();
+      usleep(static_cast<useconds_t>(delay));
+      action();
+      _exit(0);
+    };
+    const pid_t starter = race([] { ServiceStart("wan", "test", "wait", nullptr); }, 0);
+    const pid_t stopper = race([] { ServiceStop("wan"); }, round * 20);
+    gate.open();
+    end_of(starter);
+    end_of(stopper);
+    if (pid("wan") > 0) stop("wan");
+    EXPECT_TRUE(all_end()) << round;
+  }
 }
 
 TEST_F(ControlTest, whatever_fails_a_stop_leaves_the_service_running_or_ended) {
