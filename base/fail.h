@@ -5,11 +5,11 @@
 
 namespace fairlead {
 
-// Gives the empty value of T: a null pointer or 0.
+// Gives the empty value of T: a null pointer, 0, or nothing at all for void.
 template <class T>
 T fail(int code) {
   errno = code;
-  return T{};
+  return T();
 }
 
 // For functions whose failure value is another one, such as -1.

@@ -1,18 +1,7 @@
-// The one way in which a broken precondition ends the process, alike on every C library.
+// The preconditions of the node layer.
 #pragma once
 
-#include <cstdio>
-#include <cstdlib>
-
-namespace fairlead {
-
-[[noreturn]] __attribute__((cold, noinline)) inline void assertion_failed(const char* function,
-                                                                          const char* text) {
-  fprintf(stderr, "%s: Assertion `%s' failed.\n", function, text);
-  abort();
-}
-
-}  // namespace fairlead
+#include "base/assertion.h"
 
 // The texts are part of the interface, in the form a C preprocessor gives NULL.
 #define NODE_ASSERT_TEXT(condition, text) \

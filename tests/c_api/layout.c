@@ -99,6 +99,11 @@ AT(mac_t, high, 0, 0);
 AT(mac_t, low, 4, 4);
 SIZE(mac_t, 8, 8);
 
+AT(md5_t, count, 0, 0);
+AT(md5_t, state, 8, 8);
+AT(md5_t, buffer, 24, 24);
+SIZE(md5_t, 88, 88);
+
 /* Constants that end up in compiled programs. */
 _Static_assert(JSON_STRING == 0 && JSON_NUMBER == 1 && JSON_OBJECT == 2 && JSON_ARRAY == 3 &&
                    JSON_TRUE == 4 && JSON_FALSE == 5 && JSON_NULL == 6,

@@ -1,5 +1,6 @@
-/* use_misc.c - small files, lock files, commands and the network. */
+/* use_misc.c - small files, lock files, commands, the network, encoders and clocks. */
 #include <fcntl.h>
+#include <stdlib.h>
 
 #include "check.h"
 #include "fairlead/misc.h"
@@ -30,8 +31,59 @@ static void use_network(void) {
   CHECK(socket_keepalive(-1, 30) == 0);
 }
 
+static void use_md5(void) {
+  md5_t context;
+  unsigned char digest[16], again[16];
+  md5_init(&context);
+  md5_transform(context.state, md5_padding);
+  md5_encode(digest, context.state, sizeof digest);
+  md5_decode(context.state, digest, sizeof digest);
+
+  md5_init(&context);
+  md5_update(&context, 0, 0);
+  md5_final(&context, again);
+  CHECK(memcmp(digest, again, sizeof digest) == 0);
+}
+
+static void use_encoders(void) {
+  char text[16];
+  unsigned char bytes[2];
+  int length = 0;
+  CHECK_OWN_TEXT("YWI=", base64_encode("ab"));
+  CHECK_OWN_TEXT("YQ==", encode64_block("ab", 1));
+  CHECK_OWN_TEXT("ab", base64_decode("YWI="));
+  CHECK_OWN_TEXT("ab", decode64_block("YWI", &length, 0));
+  CHECK(length == 2);
+  CHECK_OWN_TEXT("a+b%2Fc", url_encode("a b/c", 5, &length));
+  CHECK(length == 7);
+  CHECK_TEXT("a+b", string_copy(text, "a+b%2fc", 4));
+  CHECK(url_decode(text, 3) == 3);
+  CHECK_TEXT("a b", text);
+  lowtoupp(text);
+  CHECK_TEXT("A B", text);
+  upptolow(text);
+  CHECK_TEXT("a b", text);
+  CHECK(string2hex("3c7F", bytes, 2) == 2);
+  CHECK(bytes[0] == 0x3c && bytes[1] == 0x7f);
+  hex2string("<", text, 1);
+  CHECK_TEXT("3C", text);
+  CHECK(hexstr2int("1f") == 31);
+}
+
+static void use_clock(void) {
+  char start[32], text[32];
+  CHECK(time_getting(text, sizeof text) == text && strlen(text) == 19);
+  CHECK(uptime_getting(start, sizeof start) == start);
+  CHECK(livetime_getting(text, sizeof text) == text);
+  CHECK(uptime_count(start, text, sizeof text) == text && atoi(text) < 600);
+  CHECK(livetime_count(start, text, sizeof text) == text && text[2] == ':');
+}
+
 void use_misc(void) {
   use_network();
+  use_md5();
+  use_encoders();
+  use_clock();
 
   char text[16];
   CHECK(write_string("/tmp/small", "%d items", 3) > 0);
