@@ -273,6 +273,25 @@ TEST_F(ControlTest, resolves_and_connects) {
   EXPECT_EQ(1, fairlead({"net", "connect", "127.0.0.1", "1"}).status);
 }
 
+// Encoders
+
+TEST_F(ControlTest, encodes) {
+  expect({"encode", "md5", "abc"}, 0, "900150983cd24fb0d6963f7d28e17f72\n");
+  expect({"encode", "md5", ""}, 0, "d41d8cd98f00b204e9800998ecf8427e\n");
+  expect({"encode", "base64", "ab"}, 0, "YWI=\n");
+  expect({"encode", "url", "a b/c"}, 0, "a+b%2Fc\n");
+  expect({"encode", "hex", "a\xff"}, 0, "61FF\n");
+  expect({"encode", "hex", "a", "--json"}, 0, "{\"hex\":\"61\"}\n");
+}
+
+TEST_F(ControlTest, decodes) {
+  expect({"encode", "base64", "YWI=", "--decode"}, 0, "ab\n");
+  expect({"encode", "url", "a+b%2fc", "--decode"}, 0, "a b/c\n");
+  expect({"encode", "hex", "61ff00", "--decode"}, 0, std::string("a\xff\0\n", 4));
+  expect_usage({"encode", "base64", "Y W", "--decode"}, "'Y W' is no base64");
+  expect_usage({"encode", "hex", "6g", "--decode"}, "'6g' is no even number of hexadecimal digits");
+}
+
 // Modem
 
 TEST_F(ControlTest, names_a_device_that_is_none) {

@@ -88,6 +88,12 @@ constexpr Command kCommands[] = {
      "fairlead net connect 127.0.0.1 80 --timeout 2", net_connect},
     {"net", "mac", "ADDRESS [AMOUNT]", 0, "a hardware address and its serial form, AMOUNT further",
      "fairlead net mac 00:11:22:33:44:55 1", net_mac},
+    {"encode", "md5", "TEXT", 0, "the MD5 digest", "fairlead encode md5 abc", encode_md5},
+    {"encode", "base64", "TEXT", kDecode, "base64", "fairlead encode base64 abc", encode_base64},
+    {"encode", "url", "TEXT", kDecode, "the form encoding of URLs", "fairlead encode url 'a b/c'",
+     encode_url},
+    {"encode", "hex", "TEXT", kDecode, "two hexadecimal digits for each byte",
+     "fairlead encode hex 616263 --decode", encode_hex},
     {"at", nullptr, "DEVICE COMMAND...", kTimeout | kSpeed | kExpect, "send commands to a modem",
      "fairlead at /dev/ttyUSB2 AT+CSQ", at_command},
 };
