@@ -140,6 +140,20 @@ TEST_F(ControlTest, deletes_nothing_by_a_bad_value) {
   EXPECT_EQ(before, file_content("/etc/config/net/wan.cfg"));
 }
 
+TEST_F(ControlTest, stays_inside_the_configuration_store) {
+  put_file("/tmp/out.cfg", R"({"a":"b"})");
+  for (const char* name : {"../../tmp/out", "net/../../../tmp/out", "..", "./net/wan"}) {
+    const std::string reason =
+        "'" + std::string(name) + "' is no configuration: '.' and '..' are no names";
+    expect_usage({"config", "get", name}, reason);
+    expect_usage({"config", "set", name, "a", "c"}, reason);
+    expect_usage({"config", "delete", name}, reason);
+    expect_usage({"config", "list", name}, reason);
+  }
+  EXPECT_EQ(R"({"a":"b"})", file_content("/tmp/out.cfg"));
+  expect({"config", "set", "net/..x", "a", "b"}, 0, "");
+}
+
 TEST_F(ControlTest, lists_configuration_files) {
   expect({"config", "list"}, 0, "net/wan\t/etc/config/net/wan.cfg\n");
   expect({"config", "list", "--json"}, 0, "{\"net\":{\"wan\":\"/etc/config/net/wan.cfg\"}}\n");
@@ -215,6 +229,35 @@ TEST_F(ControlTest, keeps_stores_apart) {
   expect({"value", "set", "a", "1", "--store", "lab"}, 0, "");
   expect({"value", "get", "a"}, 3, "", "there is no value 'a'");
   expect({"value", "get", "a", "--store", "lab"}, 0, "1\n");
+}
+
+// Whatever is opened as a store and is none gets removed.
+TEST_F(ControlTest, opens_no_file_elsewhere_as_a_store) {
+  put_file("/tmp/kept", "precious");
+  for (const char* name : {"../../kept", "../kept", "a%sb", ".x", "/tmp/kept", ""})
+    for (const std::vector<std::string>& verb :
+         {std::vector<std::string>{"list"}, {"get", "a"}, {"set", "a", "b"}}) {
+      std::vector<std::string> words{"value"};
+      words.insert(words.end(), verb.begin(), verb.end());
+      words.insert(words.end(), {"--store", name});
+      expect_usage(words, "--store: '" + std::string(name) +
+                              "' is no name of a store: no '/', no '%', no '.' at its front");
+    }
+  EXPECT_EQ("precious", file_content("/tmp/kept"));
+}
+
+TEST_F(ControlTest, makes_no_store_by_looking) {
+  expect({"value", "get", "a", "--store", "lab"}, 3, "", "there is no store 'lab'");
+  expect({"value", "list", "--store", "lab"}, 3, "", "there is no store 'lab'");
+  EXPECT_FALSE(fairlead_test::exists("/tmp/.var/gvalue/lab"));
+}
+
+TEST_F(ControlTest, sets_no_log_setting_to_a_text) {
+  for (const char* name : {"log_level", "log_mode"})
+    expect_usage({"value", "set", name, "debug"},
+                 "'" + std::string(name) + "' is a number: use --int, or the verbs of log");
+  expect({"value", "set", "log_level", "7", "--int"}, 0, "");
+  expect({"log", "level"}, 0, "debug\n");
 }
 
 TEST_F(ControlTest, shows_and_changes_the_log_settings) {
@@ -295,6 +338,9 @@ TEST_F(ControlTest, decodes) {
 // Modem
 
 TEST_F(ControlTest, names_a_device_that_is_none) {
+  put_file("/tmp/plain", "some text");
+  expect({"at", "/tmp/plain", "AT"}, 1, "", "/tmp/plain: this is no device");
+  EXPECT_EQ("some text", file_content("/tmp/plain"));
   expect({"at", "/dev/none", "AT"}, 1, "", "/dev/none: No such file or directory");
 }
 

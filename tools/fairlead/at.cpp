@@ -1,5 +1,6 @@
 // Commands to a modem.
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstring>
@@ -50,10 +51,18 @@ Exit ask(const Call& call, atcmd_t* modem, const char* command) {
   return result == 0 ? kDone : fail("%s: %s", command, problem);
 }
 
+// The library uses what has no line settings as it is, so a command would be written into a file.
+Exit check_device(const char* path) {
+  struct stat status;
+  if (stat(path, &status) != 0) return fail_because(errno, "%s", path);
+  return S_ISCHR(status.st_mode) ? kDone : fail("%s: this is no device", path);
+}
+
 }  // namespace
 
 Exit at_command(const Call& call) {
   const char* device = call.argument(0);
+  if (const Exit refused = check_device(device); refused != kDone) return refused;
   const Modem modem(atcmd_open(device, O_RDWR | O_NOCTTY | O_NONBLOCK, call.options.speed, nullptr,
                                nullptr, ATCMD_ECHO));
   if (!modem) return fail_because(errno, "%s", device);

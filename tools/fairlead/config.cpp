@@ -19,6 +19,21 @@ const char* path_or_whole(const char* path) {
   return path && path[strspn(path, "/")] != '\0' ? path : nullptr;
 }
 
+// The library takes names as they are; one with such a segment would lead out of the store.
+bool stays_inside(const char* name) {
+  for (const char* at = name; at; at = strchr(at, '/')) {
+    at += *at == '/';
+    const size_t length = strcspn(at, "/");
+    if ((length == 1 && at[0] == '.') || (length == 2 && at[0] == '.' && at[1] == '.'))
+      return false;
+  }
+  return true;
+}
+
+Exit refuse_name(const char* name) {
+  return refuse("'%s' is no configuration: '.' and '..' are no names", name);
+}
+
 Exit refused(const Call& call, const char* what) {
   const int error = errno;
   const char* path = path_or_whole(call.argument(1));
@@ -29,12 +44,15 @@ Exit refused(const Call& call, const char* what) {
 }  // namespace
 
 Exit config_list(const Call& call) {
-  const fairlead::OwnedTalk files(ConfigList(call.argument(0)));
+  const char* folder = call.argument(0);
+  if (folder && !stays_inside(folder)) return refuse_name(folder);
+  const fairlead::OwnedTalk files(ConfigList(folder));
   if (!files || !files->child) return nothing("there is no configuration");
   return show(call, files.get());
 }
 
 Exit config_get(const Call& call) {
+  if (!stays_inside(call.argument(0))) return refuse_name(call.argument(0));
   errno = 0;
   const char* path = path_or_whole(call.argument(1));
   const fairlead::OwnedTalk value(ConfigGet(call.argument(0), nullptr, path));
@@ -44,6 +62,7 @@ Exit config_get(const Call& call) {
 }
 
 Exit config_set(const Call& call) {
+  if (!stays_inside(call.argument(0))) return refuse_name(call.argument(0));
   const char* text = call.argument(2);
   const fairlead::OwnedTalk value(StringTalk(text));
   // The library would take it for a deletion.
@@ -62,6 +81,7 @@ Exit config_set(const Call& call) {
 }
 
 Exit config_delete(const Call& call) {
+  if (!stays_inside(call.argument(0))) return refuse_name(call.argument(0));
   errno = 0;
   const char* path = path_or_whole(call.argument(1));
   const fairlead::OwnedTalk present(ConfigGet(call.argument(0), nullptr, path));

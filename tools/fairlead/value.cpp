@@ -1,6 +1,9 @@
 // Shared named values, whose bytes may be anything.
+#include <unistd.h>
+
 #include <cctype>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 
@@ -16,14 +19,33 @@ namespace control {
 
 namespace {
 
-// The store of --store; handles are never closed. False after a complaint.
-bool open_store(const Call& call, gvalue_t*& store) {
+// A file that is no store is removed when it is opened as one, so the name must stay in the folder
+// of the stores; "%%" would be read as "%".
+bool is_store_name(const char* name) {
+  return *name && *name != '.' && !strpbrk(name, "/%") && strlen(name) < NAME_MAX;
+}
+
+// The store of --store; handles are never closed. Opening makes a store that is missing, so one
+// that is only looked at is looked for before.
+Exit open_store(const Call& call, bool make, gvalue_t*& store) {
+  const char* name = call.options.store;
   store = nullptr;
-  if (!call.options.store) return true;
-  store = GvalueCreate(call.options.store);
-  if (store) return true;
-  fail_because(errno, "store '%s'", call.options.store);
-  return false;
+  if (!name) return kDone;
+  if (!is_store_name(name))
+    return refuse("--store: '%s' is no name of a store: no '/', no '%%', no '.' at its front",
+                  name);
+  fairlead::PathText path;
+  path.format("/tmp/.var/gvalue/%s", name);
+  if (path.cut()) return refuse("--store: '%s' is too long", name);
+  if (!make && access(path.text(), F_OK) != 0) return nothing("there is no store '%s'", name);
+  store = GvalueCreate(name);
+  return store ? kDone : fail_because(errno, "store '%s'", name);
+}
+
+// A text there would be no setting for anybody.
+bool is_log_setting(const Call& call) {
+  const char* name = call.argument(0);
+  return !call.options.store && (strcmp(name, "log_level") == 0 || strcmp(name, "log_mode") == 0);
 }
 
 // Printable characters, and nothing but NULs behind them.
@@ -52,7 +74,7 @@ Exit show_bytes(const Call& call, const char* bytes, size_t size) {
 
 Exit value_list(const Call& call) {
   gvalue_t* store = nullptr;
-  if (!open_store(call, store)) return kFailed;
+  if (const Exit refused = open_store(call, false, store); refused != kDone) return refused;
   const fairlead::OwnedTalk values(GvalueList(store));
   if (!values) return nothing("there are no values");
   return show(call, values.get());
@@ -60,7 +82,7 @@ Exit value_list(const Call& call) {
 
 Exit value_get(const Call& call) {
   gvalue_t* store = nullptr;
-  if (!open_store(call, store)) return kFailed;
+  if (const Exit refused = open_store(call, false, store); refused != kDone) return refused;
   const char* name = call.argument(0);
   const int size = GvalueSize(store, name);
   const auto* bytes = static_cast<const char*>(size < 0 ? nullptr : GvalueGet(store, name));
@@ -75,7 +97,9 @@ Exit value_get(const Call& call) {
 
 Exit value_set(const Call& call) {
   gvalue_t* store = nullptr;
-  if (!open_store(call, store)) return kFailed;
+  if (is_log_setting(call) && !call.options.integer)
+    return refuse("'%s' is a number: use --int, or the verbs of log", call.argument(0));
+  if (const Exit refused = open_store(call, true, store); refused != kDone) return refused;
   const char* text = call.argument(1);
   errno = 0;
   int result = 0;
