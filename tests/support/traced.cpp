@@ -47,7 +47,11 @@ class Tracer {
   // Until the action is over or its process dead; nobody is traced then.
   void run() {
     while (!over_ && step()) continue;
-    for (const auto& [pid, process] : processes_) let_go(pid);
+    while (!processes_.empty()) {
+      const pid_t pid = processes_.begin()->first;
+      processes_.erase(pid);
+      let_go(pid);
+    }
   }
 
  private:
@@ -79,6 +83,7 @@ class Tracer {
       processes_.erase(pid);
       control(PTRACE_DETACH, pid, nullptr, nullptr);
     } else if (event != 0) {
+      note_child(pid, event);
       if (pid != main_) processes_[pid];
       go_on(pid, 0);
     } else if (pid == main_ && signal == SIGSTOP) {
@@ -86,6 +91,15 @@ class Tracer {
     } else {
       go_on(pid, signal);
     }
+  }
+
+  // A new child stops by itself, perhaps only when nobody listens any more.
+  void note_child(pid_t parent, int event) {
+    if (event != PTRACE_EVENT_FORK && event != PTRACE_EVENT_VFORK && event != PTRACE_EVENT_CLONE)
+      return;
+    unsigned long child = 0;
+    control(PTRACE_GETEVENTMSG, parent, nullptr, &child);
+    if (child != 0) processes_[static_cast<pid_t>(child)];
   }
 
   // The action's process says so before the action and after it.
@@ -157,11 +171,11 @@ class Tracer {
     control(how, pid, nullptr, reinterpret_cast<void*>(static_cast<long>(signal)));
   }
 
-  void let_go(pid_t pid) const {
-    if (pid == main_) return;
-    control(PTRACE_INTERRUPT, pid, nullptr, nullptr);
+  void let_go(pid_t pid) {
+    if (pid == main_ || control(PTRACE_INTERRUPT, pid, nullptr, nullptr) != 0) return;
     int status = 0;
     if (waitpid(pid, &status, __WALL) != pid || !WIFSTOPPED(status)) return;
+    note_child(pid, status >> 16);
     const bool signalled = status >> 16 == 0 && WSTOPSIG(status) != kCallStop;
     control(PTRACE_DETACH, pid, nullptr,
             reinterpret_cast<void*>(static_cast<long>(signalled ? WSTOPSIG(status) : 0)));
