@@ -48,7 +48,7 @@ __attribute__((always_inline)) inline void run_round(uint32_t (&state)[4],
   auto [a, b, c, d] = state;
   const uint32_t* sine = kSines + 16 * kRound;
   unsigned index = kFirst;
-  const auto next = [&](uint32_t sum) {
+  const auto next = [&](uint32_t sum) __attribute__((always_inline)) {
     sum += words[index % 16] + *sine++;
     index += kStride;
     return sum;
