@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "base/descriptor.h"
 #include "base/fail.h"
@@ -69,10 +70,17 @@ bool still_named(int fd, const char* path) {
   return fstat(fd, &own) == 0 && stat(path, &named) == 0 && same_file(own, named);
 }
 
-// The record, locked. Inherited by programs on purpose: the lock must outlive the start of one.
+// Inherited by programs on purpose: the lock must outlive the start of one.
+Descriptor open_record(const char* path) {
+  Descriptor record =
+      beside_standard(Descriptor(open(path, O_RDWR | O_CREAT | O_CLOEXEC, kRecordMode)));
+  return record && fcntl(record.get(), F_SETFD, 0) == 0 ? std::move(record) : Descriptor();
+}
+
+// The record, locked.
 Descriptor take(const char* path) {
   for (int attempts = 0; attempts < kAttempts; ++attempts) {
-    Descriptor record(open(path, O_RDWR | O_CREAT, kRecordMode));
+    Descriptor record = open_record(path);
     if (!record) return {};
     if (!lockfd_set(record.get(), kExclusive, 0, SEEK_SET, 0, 0)) {
       if (held_elsewhere()) errno = EBUSY;

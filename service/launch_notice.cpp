@@ -31,8 +31,9 @@ bool wait_readable(int fd, const Deadline& deadline) {
 LaunchNotice::LaunchNotice() {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) return;
-  reader_.reset(ends[0]);
-  writer_.reset(ends[1]);
+  // A daemon's standard streams are replaced on its way; that must not end the pipe.
+  reader_ = beside_standard(Descriptor(ends[0]));
+  writer_ = beside_standard(Descriptor(ends[1]));
 }
 
 void LaunchNotice::stay() const {

@@ -71,6 +71,19 @@ TEST_F(DaemonTest, register_gives_a_descriptor_that_programs_inherit) {
   DaemonFree(fd);
 }
 
+TEST_F(DaemonTest, register_keeps_the_record_off_closed_standard_streams) {
+  const Ended ended = run_child([] {
+    for (int fd : {0, 1, 2}) close(fd);
+    const int fd = enter("ppp0");
+    EXPECT_GT(fd, 2);
+    EXPECT_EQ(0, fcntl(fd, F_GETFD));
+    EXPECT_EQ(-1, write(1, "printed", 7));
+    EXPECT_EQ(record_of("net/wan", "run", "ppp0"), content());
+    return 3;
+  });
+  EXPECT_EQ(3, ended.status);
+}
+
 TEST_F(DaemonTest, the_lock_lasts_until_it_is_freed) {
   Gate held, free, freed;
   Child daemon([&] {
@@ -189,7 +202,7 @@ TEST_F(DaemonTest, a_daemon_killed_at_any_point_leaves_a_whole_record_or_none) {
 // A stop that removes the record just after it was opened must not leave a daemon without one.
 TEST_F(DaemonTest, register_takes_a_new_file_when_the_old_one_is_removed_meanwhile) {
   signal_register(SIGUSR1, [](int) { unlink("/tmp/.var/service/wan.spid"); });
-  Fault fault(Call::kFcntl, {.signal = SIGUSR1});
+  Fault fault(Call::kFcntl, {.nth = 2, .signal = SIGUSR1});
   const int fd = enter();
   EXPECT_TRUE(fault.fired());
   struct stat held, named;
