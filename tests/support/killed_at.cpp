@@ -16,7 +16,7 @@ bool killed_at(int stop, const std::function<void()>& action) {
     if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(99);
     raise(SIGSTOP);
     action();
-    _Exit(0);  // not _exit, which does more where coverage is measured
+    _exit(0);
   }
   int status = 0;
   waitpid(child, &status, 0);
