@@ -46,7 +46,7 @@ template <int kRound, unsigned kFirst, unsigned kStride, int k1, int k2, int k3,
 __attribute__((always_inline)) inline void run_round(uint32_t (&state)[4],
                                                      const uint32_t (&words)[16], Mix mix) {
   auto [a, b, c, d] = state;
-  const uint32_t* sine = kSines + 16 * kRound;
+  const uint32_t* sine = kSines + size_t{16} * kRound;
   unsigned index = kFirst;
   const auto next = [&](uint32_t sum) __attribute__((always_inline)) {
     sum += words[index % 16] + *sine++;
@@ -124,7 +124,7 @@ void md5_encode(unsigned char* output, const uint32_t* input, unsigned int lengt
   if (!output || !input) return fairlead::fail<void>(EINVAL);
   for (unsigned i = 0; i < length / 4; ++i) {
     const uint32_t word = low_byte_first(input[i]);
-    memcpy(output + 4 * i, &word, sizeof word);
+    memcpy(output + size_t{4} * i, &word, sizeof word);
   }
 }
 
@@ -132,7 +132,7 @@ void md5_decode(uint32_t* output, const unsigned char* input, unsigned int lengt
   if (!output || !input) return fairlead::fail<void>(EINVAL);
   for (unsigned i = 0; i < length / 4; ++i) {
     uint32_t word;
-    memcpy(&word, input + 4 * i, sizeof word);
+    memcpy(&word, input + size_t{4} * i, sizeof word);
     output[i] = low_byte_first(word);
   }
 }

@@ -81,7 +81,8 @@ char* ProjectVarPath(char* buffer, int size, const char* name, const char* forma
  * count. A missing or broken registry is replaced. Returns 1 when the new registry is on disk, else
  * 0 and the registry is as it was: an argument is null or has no segment, there is no such adapter,
  * the registry cannot be read for the moment (locked for a second, no memory), the save failed, or
- * a text is not in escaped form (json.h): with a bare double quote in it all bindings would be lost.
+ * a text is not in escaped form (json.h): with a bare double quote in it all bindings would be
+ * lost.
  */
 int DynAdpCreate(const char* object, const char* adapter);
 

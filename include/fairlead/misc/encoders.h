@@ -33,6 +33,7 @@ void md5_encode(unsigned char* output, const uint32_t* input, unsigned int lengt
 void md5_decode(uint32_t* output, const unsigned char* input, unsigned int length);
 
 /* 0x80 and then zeros: what fills up the last block. */
+/* NOLINTNEXTLINE(readability-identifier-naming,bugprone-dynamic-static-initializers) */
 extern const unsigned char md5_padding[64];
 
 /* The base64 form (RFC 4648, with "=" and without line breaks) of the first length bytes, or of the
