@@ -2,6 +2,7 @@
 # install.sh CMAKE BUILD-FOLDER C-COMPILER C-FLAGS LIBRARY-ARCHITECTURE: installs the build and uses it from a project
 # of its own, found by CMake and by pkg-config.
 set -eux
+unset CMAKE_C_COMPILER_LAUNCHER  # a compiler cache cannot be written from here
 cmake=$1 build=$2 compiler=$3 flags=$4 architecture=$5
 consumer=$(dirname "$0")/consumer
 
