@@ -6,7 +6,7 @@ export LC_ALL=C
 library=$1 map=$2 include=$3
 cd /tmp
 
-nm -D --defined-only "$library" | sed 's/.* //; s/@.*//' | grep -vx FAIRLEAD_1 | sort -u >exported
+nm -D --defined-only "$library" | sed 's/.* //; s/@.*//' | grep -vx 'FAIRLEAD_[0-9.]*' | sort -u >exported
 sed -n '/global:/,/local:/s/^ *\([A-Za-z0-9_]*\);$/\1/p' "$map" | sort -u >listed
 # gcc tells each declared function with the file it stands in; a variable is declared with "extern".
 printf '#include "fairlead/fairlead.h"\n' >all.c
