@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cinttypes>
 #include <cstdio>
 #include <cstring>
 
@@ -163,9 +164,9 @@ Exit show_text(const Call& call, const char* name, const char* text) {
   return print_json(document.get());
 }
 
-Exit show_number(const Call& call, const char* name, long number) {
+Exit show_number(const Call& call, const char* name, int64_t number) {
   fairlead::FixedText<32> text;
-  return show_text(call, name, text.format("%ld", number).text());
+  return show_text(call, name, text.format("%" PRId64, number).text());
 }
 
 Exit show(const Call& call, talk_t* document) {

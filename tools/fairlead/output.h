@@ -2,6 +2,7 @@
 // pipe.
 #pragma once
 
+#include <cstdint>
 #include <span>
 
 #include "fairlead/talk/node.h"
@@ -14,7 +15,7 @@ Exit done(const Call& call);
 
 // One value, in JSON under `name`. The text may hold any byte.
 Exit show_text(const Call& call, const char* name, const char* text);
-Exit show_number(const Call& call, const char* name, long number);
+Exit show_number(const Call& call, const char* name, int64_t number);
 
 // A document: every string in it on a line, behind its path. A single string stands alone.
 Exit show(const Call& call, talk_t* document);
