@@ -64,7 +64,7 @@ class StartFaultsTest : public fairlead_test::ServiceTest {
 TEST_F(StartFaultsTest, every_failing_call_leaves_one_daemon_or_none) {
   int met = 0;
   for (int nth = 1;; ++nth) {
-    const int error = kErrors[nth % std::size(kErrors)];
+    const int error = kErrors[static_cast<size_t>(nth) % std::size(kErrors)];
     const std::string what =
         "call " + std::to_string(nth) + " fails with " + strerrorname_np(error);
     const Traced seen = disturbed({.nth = nth, .error = error}, what);

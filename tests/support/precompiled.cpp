@@ -1,0 +1,1 @@
+// Only there to be compiled with the headers that all tests share.
