@@ -72,6 +72,25 @@ TEST_F(ControlServiceTest, resets_and_switches_off) {
   stop("one");
 }
 
+TEST_F(ControlServiceTest, starts_nothing_twice) {
+  const pid_t daemon = start("one");
+  expect({"service", "start", "one", "test", "wait"}, 1, "",
+         "'one' runs already, as process " + std::to_string(daemon));
+  EXPECT_EQ(daemon, pid("one"));
+  stop("one");
+}
+
+TEST_F(ControlServiceTest, tells_of_a_service_that_cannot_start) {
+  for (const char* interface : {"wait", "wa[it"})
+    expect({"service", "start", "one", "te:st", interface}, 2, "",
+           "'te:st." + std::string(interface) +
+               "' does not name an object and its interface\ntry 'fairlead --help'");
+  setenv("PATH", "/nowhere", 1);
+  expect({"service", "start", "one", "test", "wait"}, 1, "",
+         "there is no program 'he' in PATH to run it");
+  EXPECT_FALSE(fairlead_test::exists(fairlead_test::record_path("one")));
+}
+
 TEST_F(ControlServiceTest, names_what_cannot_be_a_service) {
   expect({"service", "start", "a/b", "test", "wait"}, 1, "",
          "service 'a/b' cannot be started: Invalid argument");

@@ -1,8 +1,12 @@
 // The control tool: its grammar, its answers in three forms, and its exit codes.
+#include <arpa/inet.h>
 #include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 #include <sstream>
 
+#include "support/namespaces.h"
 #include "tools/fairlead_program.h"
 
 namespace {
@@ -192,6 +196,35 @@ TEST_F(ControlTest, lists_interfaces) {
   expect({"adapter", "call-list", "net/wan"}, 3, "", "'net/wan' offers no interfaces");
 }
 
+TEST_F(ControlTest, tells_of_an_adapter_that_crashes) {
+  put_file("/prj/lab/ends.ash", "#!/bin/sh\nexit 0\n", 0755);
+  expect({"joint", "create", "net/wan", "up", "lab/answers", "crash"}, 0, "");
+  expect({"joint", "cast", "net/wan", "up"}, 1, "", "an adapter crashed: Killed");
+  expect({"joint", "cast", "net/wan", "down"}, 0, "");
+}
+
+TEST_F(ControlTest, keeps_messages_out_of_json) {
+  put_file("/prj/lab/led.cfg", R"({"on":"1"})");
+  const Ended installed = fairlead({"project", "install", "lab", "--json"});
+  EXPECT_EQ("{\"result\":\"done\"}\n", installed.out);
+  EXPECT_EQ("info: install a config /prj/lab/led.cfg to /etc/config/lab/led.cfg by lab\n",
+            installed.err);
+  const Ended removed = fairlead({"project", "uninstall", "lab", "--json"});
+  EXPECT_EQ("{\"result\":\"done\"}\n", removed.out);
+  expect({"log", "mode", "console"}, 0, "");
+  const Ended written = fairlead({"log", "write", "info", "up", "--json"});
+  EXPECT_EQ("{\"result\":\"done\"}\n", written.out);
+  EXPECT_EQ("info: up\n", written.err);
+}
+
+TEST_F(ControlTest, tells_of_settings_that_were_not_copied) {
+  put_file("/prj/lab/led.cfg", R"({"on":"1"})");
+  fairlead_test::make_directories("/etc/config/lab/led.cfg");
+  const Ended ended = fairlead({"project", "install", "lab"});
+  EXPECT_EQ(1, ended.status);
+  EXPECT_EQ("fairlead: '/etc/config/lab/led.cfg' was not copied\n", ended.err);
+}
+
 TEST_F(ControlTest, lists_and_installs_projects) {
   put_file("/prj/lab/led.cfg", R"({"on":"1"})");
   expect({"project", "list"}, 0, "lab\t/prj/lab\n");
@@ -308,6 +341,39 @@ TEST_F(ControlTest, reckons_with_hardware_addresses) {
          "mac\t00:11:22:33:45:00\nserial\t001122334500\n");
   expect_usage({"net", "mac", "eth0"}, "'eth0' is no hardware address such as 00:11:22:33:44:55");
   expect_usage({"net", "mac", "00:11:22:33:44:55", "x"}, "'x' is no amount");
+}
+
+// Text that is no address would be this machine, where something listens.
+TEST_F(ControlTest, connects_to_no_other_host_than_the_named_one) {
+  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  ASSERT_EQ(0, bind(listener, reinterpret_cast<sockaddr*>(&address), size));
+  ASSERT_EQ(0, listen(listener, 1));
+  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
+  const std::string port = std::to_string(ntohs(address.sin_port));
+  expect({"net", "connect", "127.0.0.1", port}, 0, "");
+  expect({"net", "connect", "no host", port}, 3, "",
+         "'no host' has no address, or nobody who knows it answers");
+  close(listener);
+}
+
+// The tool sees a table in which another interface, whose name ends the same, comes first.
+TEST_F(ControlTest, finds_the_counters_of_no_other_interface) {
+  put_file("/tmp/table",
+           "head\nhead\n   xlo: 9 9 9 9 9 9 9 9 9 9 9 9 9 9 9 9\n"
+           "    lo: 1 2 3 4 0 0 0 0 5 6 7 8 0 0 0 0\n");
+  const Ended ended = fairlead({"net", "counters", "lo"}, [] {
+    if (!fairlead_test::enter_namespaces(CLONE_NEWNS) || !fairlead_test::hide("/proc")) _exit(77);
+    put_file("/proc/net/dev", file_content("/tmp/table"));
+  });
+  if (ended.status == 77) GTEST_SKIP() << "no namespaces here";
+  EXPECT_EQ(
+      "received_bytes\t1\nreceived_packets\t2\nreceive_errors\t3\nreceive_drops\t4\n"
+      "sent_bytes\t5\nsent_packets\t6\nsend_errors\t7\nsend_drops\t8\n",
+      ended.out);
 }
 
 TEST_F(ControlTest, resolves_and_connects) {

@@ -5,6 +5,7 @@
 #include "fairlead/adp/handle.h"
 #include "fairlead/adp/project.h"
 #include "talk/owned_talk.h"
+#include "tools/fairlead/apart.h"
 #include "tools/fairlead/output.h"
 #include "tools/fairlead/report.h"
 
@@ -23,6 +24,17 @@ const char* kind_name(int type) {
     default:
       return "configuration";
   }
+}
+
+vessel_t* ask_for_calls(const Call& call) {
+  const OutputApart apart(call);
+  return AdpCallList(nullptr, call.argument(0));
+}
+
+Exit list_calls(const Call& call) {
+  const fairlead::OwnedTalk interfaces(ask_for_calls(call));
+  if (!interfaces) return nothing("'%s' offers no interfaces", call.argument(0));
+  return show(call, interfaces.get());
 }
 
 }  // namespace
@@ -71,10 +83,6 @@ Exit adapter_show(const Call& call) {
   return show(call, facts.get());
 }
 
-Exit adapter_call_list(const Call& call) {
-  const fairlead::OwnedTalk interfaces(AdpCallList(nullptr, call.argument(0)));
-  if (!interfaces) return nothing("'%s' offers no interfaces", call.argument(0));
-  return show(call, interfaces.get());
-}
+Exit adapter_call_list(const Call& call) { return guarded(call, list_calls); }
 
 }  // namespace control

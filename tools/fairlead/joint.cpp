@@ -5,10 +5,27 @@
 
 #include "fairlead/talk/text.h"
 #include "talk/owned_talk.h"
+#include "tools/fairlead/apart.h"
 #include "tools/fairlead/output.h"
 #include "tools/fairlead/report.h"
 
 namespace control {
+
+namespace {
+
+Exit cast(const Call& call) {
+  const char* text = call.argument(2);
+  const fairlead::OwnedTalk data(text ? StringTalk(text) : nullptr);
+  if (text && !data)
+    return refuse("'%s' is no data: it is empty, or begins like an object and is none", text);
+  {
+    const OutputApart apart(call);
+    JointCast(call.argument(0), call.argument(1), data.get());
+  }
+  return done(call);
+}
+
+}  // namespace
 
 Exit joint_list(const Call& call) {
   const char* object = call.argument(0);
@@ -34,13 +51,6 @@ Exit joint_delete(const Call& call) {
   return fail_because(errno, "the joint cannot be taken away");
 }
 
-Exit joint_cast(const Call& call) {
-  const char* text = call.argument(2);
-  const fairlead::OwnedTalk data(text ? StringTalk(text) : nullptr);
-  if (text && !data)
-    return refuse("'%s' is no data: it is empty, or begins like an object and is none", text);
-  JointCast(call.argument(0), call.argument(1), data.get());
-  return done(call);
-}
+Exit joint_cast(const Call& call) { return guarded(call, cast); }
 
 }  // namespace control

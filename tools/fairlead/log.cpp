@@ -6,6 +6,7 @@
 
 #include "base/bounded_text.h"
 #include "fairlead/state/gvalue.h"
+#include "tools/fairlead/apart.h"
 #include "tools/fairlead/options.h"
 #include "tools/fairlead/output.h"
 #include "tools/fairlead/report.h"
@@ -85,7 +86,10 @@ Exit log_mode(const Call& call) {
 Exit log_write(const Call& call) {
   uint32_t level = 0;
   if (!find_level(call.argument(0), level)) return refuse_level(call.argument(0));
-  LogWrite(level, "fairlead", __LINE__, "%s", call.argument(1));
+  {
+    const OutputApart apart(call);
+    LogWrite(level, "fairlead", __LINE__, "%s", call.argument(1));
+  }
   return done(call);
 }
 

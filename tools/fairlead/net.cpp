@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstring>
 
 #include "base/bounded_text.h"
 #include "base/descriptor.h"
@@ -39,6 +40,23 @@ Exit no_interface(const Call& call) {
 // Only what there is.
 bool add_found(vessel_t* facts, const char* name, const char* text) {
   return *text == '\0' || add_text(facts, name, text);
+}
+
+Exit no_address(const Call& call) {
+  return nothing("'%s' has no address, or nobody who knows it answers", call.argument(0));
+}
+
+// Whether another interface's name ends with this one.
+bool is_end_of_another(const char* name) {
+  const size_t length = strlen(name);
+  struct if_nameindex* all = if_nameindex();
+  bool found = false;
+  for (const struct if_nameindex* other = all; other && other->if_name; ++other) {
+    const size_t longer = strlen(other->if_name);
+    found |= longer > length && strcmp(other->if_name + longer - length, name) == 0;
+  }
+  if (all) if_freenameindex(all);
+  return found;
 }
 
 const char* reason(int result) {
@@ -79,8 +97,15 @@ Exit net_counters(const Call& call) {
                                     "receive_drops",  "sent_bytes",       "sent_packets",
                                     "send_errors",    "send_drops"};
   if (netcard_isflags(call.argument(0), 0) < 0) return no_interface(call);
+  // The library takes the first line that contains the text. A line is "NAME:", with blanks before
+  // a name of less than six characters.
+  const char* name = call.argument(0);
+  fairlead::FixedText<IFNAMSIZ + 2> line;
+  line.add(strlen(name) < 6 ? " " : "").add(name).add(':');
+  if (strlen(name) >= 6 && is_end_of_another(name))
+    return fail("'%s' cannot be told from an interface whose name ends so", name);
   int64_t counters[8] = {};
-  if (netcard_flew(call.argument(0), &counters[0], &counters[1], &counters[2], &counters[3],
+  if (netcard_flew(line.text(), &counters[0], &counters[1], &counters[2], &counters[3],
                    &counters[4], &counters[5], &counters[6], &counters[7]) != 0)
     return no_interface(call);
   const OwnedTalk facts(VesselCreate());
@@ -107,7 +132,7 @@ Exit net_route(const Call& call) {
 Exit net_resolve(const Call& call) {
   char address[kTextSize];
   if (!dns2ipstring(call.argument(0), address, sizeof address, call.options.timeout))
-    return nothing("'%s' has no address, or nobody who knows it answers", call.argument(0));
+    return no_address(call);
   return show_text(call, "address", address);
 }
 
@@ -115,8 +140,11 @@ Exit net_connect(const Call& call) {
   long port = 0;
   if (!read_number(call.argument(1), 1, 65535, port))
     return refuse("'%s' is no port from 1 to 65535", call.argument(1));
-  const int result =
-      tcp_socket_connect(call.argument(0), static_cast<int>(port), call.options.timeout);
+  // What is no dotted address would count as this machine.
+  char address[kTextSize];
+  if (!dns2ipstring(call.argument(0), address, sizeof address, call.options.timeout))
+    return no_address(call);
+  const int result = tcp_socket_connect(address, static_cast<int>(port), call.options.timeout);
   const fairlead::Descriptor socket(result);
   if (socket) return done(call);
   return fail("%s port %ld: %s", call.argument(0), port, reason(result));

@@ -1,0 +1,28 @@
+// A command's work in a process of its own.
+#include "tools/fairlead/apart.h"
+
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "tools/fairlead/report.h"
+
+namespace control {
+
+Exit guarded(const Call& call, Exit (*work)(const Call& call)) {
+  fflush(stdout);
+  const pid_t child = fork();
+  if (child < 0) return fail_because(errno, "no process can be made");
+  if (child == 0) {
+    const Exit result = work(call);
+    _exit(fflush(stdout) == 0 ? result : fail_because(errno, "standard output"));
+  }
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0)
+    if (errno != EINTR) return fail_because(errno, "the work cannot be waited for");
+  if (WIFSIGNALED(status)) return fail("an adapter crashed: %s", strsignal(WTERMSIG(status)));
+  return static_cast<Exit>(WEXITSTATUS(status));
+}
+
+}  // namespace control
