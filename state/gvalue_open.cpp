@@ -34,6 +34,12 @@ constexpr int kAttempts = 8;  // each is lost to another process that removed th
 constexpr int kLooks = 100;   // at an empty file, before its maker counts as dead
 constexpr timespec kLookPause = {0, 1000000};
 
+// All handles, newest first. They live until the process ends, and a leak check of the program must
+// not count them. Any thread may add one.
+struct {
+  OpenStore* last_opened;
+} process;
+
 struct Geometry {
   uint64_t capacity;
   uint64_t data_size;
@@ -77,6 +83,7 @@ class Attempt {
     store->mapped_size = mapping_.size();
     store->address = mapping_.release();
     store->fd = file_.release();
+    store->opened_before = __atomic_exchange_n(&process.last_opened, store.get(), __ATOMIC_RELAXED);
     return store.release();
   }
 

@@ -15,6 +15,7 @@ namespace fairlead {
 struct OpenStore : gvalue_t {
   size_t mapped_size;
   bool writable;
+  OpenStore* opened_before;
 };
 
 // An exclusive lock of the whole file until the end of the block.

@@ -19,19 +19,14 @@ namespace control {
 
 namespace {
 
-// The store of --store: a handle is never closed, and stays in reach until the tool ends.
-struct {
-  gvalue_t* store;
-} process;
-
 // A file that is no store is removed when it is opened as one, so the name must stay in the folder
 // of the stores; "%%" would be read as "%".
 bool is_store_name(const char* name) {
   return *name && *name != '.' && !strpbrk(name, "/%") && strlen(name) < NAME_MAX;
 }
 
-// The store of --store. Opening makes a store that is missing, so one that is only looked at is
-// looked for before.
+// The store of --store; handles are never closed. Opening makes a store that is missing, so one
+// that is only looked at is looked for before.
 Exit open_store(const Call& call, bool make, gvalue_t*& store) {
   const char* name = call.options.store;
   store = nullptr;
@@ -43,7 +38,7 @@ Exit open_store(const Call& call, bool make, gvalue_t*& store) {
   path.format("/tmp/.var/gvalue/%s", name);
   if (path.cut()) return refuse("--store: '%s' is too long", name);
   if (!make && access(path.text(), F_OK) != 0) return nothing("there is no store '%s'", name);
-  store = process.store = GvalueCreate(name);
+  store = GvalueCreate(name);
   return store ? kDone : fail_because(errno, "store '%s'", name);
 }
 
