@@ -98,11 +98,11 @@ void write_syslog(const Call& call, const char* message, const Details& details)
 }  // namespace
 
 extern "C" void LogWrite(uint32_t word, const char* file, int line, const char* format, ...) {
+  // A message that is filtered out does nothing at all; not even LOG_EXIT is acted upon.
+  if ((word & kLevelBits) > fairlead::channel_threshold()) return;
   const int error = errno;
   const uint32_t own_mode = word & kModeBits;
   const uint32_t mode = own_mode ? own_mode : fairlead::channel_mode();
-  // A message that is filtered out does nothing at all; not even LOG_EXIT is acted upon.
-  if ((word & kLevelBits) > fairlead::channel_threshold()) return;
 
   const Call call = {word, mode, error, file ? file : "", line};
   va_list arguments;

@@ -3,7 +3,7 @@
 
 #include <sys/types.h>
 
-#include "base/errno_keeper.h"
+#include "base/descriptor.h"
 #include "fairlead/misc/process.h"
 
 namespace fairlead {
@@ -14,19 +14,13 @@ inline constexpr int kLockSeconds = 1;
 class LockedFile {
  public:
   LockedFile(const char* path, int flags, mode_t mode = 0)
-      : fd_(lock_open(path, flags, mode, kLockSeconds)) {}
-  ~LockedFile() {
-    ErrnoKeeper keep;
-    if (fd_ >= 0) lock_close(fd_);
-  }
-  LockedFile(const LockedFile&) = delete;
-  LockedFile& operator=(const LockedFile&) = delete;
+      : file_(lock_open(path, flags, mode, kLockSeconds)) {}
 
-  explicit operator bool() const { return fd_ >= 0; }
-  int get() const { return fd_; }
+  explicit operator bool() const { return static_cast<bool>(file_); }
+  int get() const { return file_.get(); }
 
  private:
-  int fd_;
+  Descriptor file_;  // the lock goes with it, by one system call
 };
 
 }  // namespace fairlead

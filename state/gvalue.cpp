@@ -122,6 +122,11 @@ bool add_member(vessel_t* list, const StoredValue& value) {
 
 }  // namespace
 
+int32_t fairlead::default_store_count() {
+  const gvalue_t* store = process.default_store;
+  return store ? count_in(store->address) : -1;
+}
+
 extern "C" int GvalueSet(gvalue_t* gvalue, const char* name, const void* value, int size) {
   if (!name || !value || size < 1) return fail<int>(EINVAL);
   const OpenStore* const store = resolve(gvalue);

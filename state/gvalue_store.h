@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 
 #include "base/errno_keeper.h"
 #include "fairlead/state/gvalue.h"
@@ -17,6 +18,9 @@ struct OpenStore : gvalue_t {
   bool writable;
   OpenStore* opened_before;
 };
+
+// How many values the default store has; -1 while it is not open. Names only ever come to a store.
+int32_t default_store_count();
 
 // An exclusive lock of the whole file until the end of the block.
 class FileLock {

@@ -104,6 +104,35 @@ TEST_F(ChannelTest, a_setting_of_less_than_four_bytes_does_not_count) {
   });
 }
 
+TEST_F(ChannelTest, a_setting_that_grows_to_four_bytes_counts) {
+  run_child([] {
+    GvalueSet(nullptr, "log_level", "\7\0\0", 3);
+    EXPECT_FALSE(writes(7));
+    store_setting("log_level", 7);
+    EXPECT_TRUE(writes(7));
+  });
+}
+
+TEST_F(ChannelTest, a_setting_is_found_whatever_was_filtered_and_set_before_it) {
+  run_child([] {
+    EXPECT_FALSE(writes(7));
+    GvalueSet(nullptr, "other", "123", 3);
+    EXPECT_FALSE(writes(7));
+    store_setting("log_level", 7);
+    EXPECT_TRUE(writes(7));
+  });
+}
+
+TEST_F(ChannelTest, a_store_that_becomes_possible_is_found) {
+  run_child([] {
+    remove_tree("/tmp/.var");
+    EXPECT_FALSE(writes(7));
+    make_directories("/tmp/.var");
+    run_child([] { store_setting("log_level", 7); });
+    EXPECT_TRUE(writes(7));
+  });
+}
+
 TEST_F(ChannelTest, without_a_store_the_defaults_apply_and_errno_stays) {
   remove_tree("/tmp/.var");
   for (uint32_t level : {6u, 7u}) {
