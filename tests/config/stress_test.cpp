@@ -1,27 +1,16 @@
 // Many processes on one configuration file.
-#include <unistd.h>
-
-#include <chrono>
-#include <memory>
-#include <vector>
+#include <cstring>
+#include <string>
 
 #include "config_support.h"
-#include "support/child.h"
+#include "support/stress.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-constexpr int kWriters = 20;
-constexpr int kReaders = 20;
+using fairlead_test::Crowd;
 
 class ConfigStressTest : public fairlead_test::ConfigTest {
  protected:
-  static int seconds() {
-    const char* text = getenv("FAIRLEAD_STRESS_SECONDS");
-    return text ? atoi(text) : 2;
-  }
-
   // Every document a writer makes tells its own length, so that a torn one gives itself away.
   static vessel_t* make_document(int writer, int round) {
     vessel_t* document = VesselCreate();
@@ -39,41 +28,59 @@ class ConfigStressTest : public fairlead_test::ConfigTest {
            strspn(filler, std::string(1, filler[0]).c_str()) == strlen(filler);
   }
 
-  static int write_until(Clock::time_point end, int writer) {
-    for (int round = 0; Clock::now() < end; ++round) {
-      vessel_t* document = make_document(writer, round);
-      errno = 0;
-      const int result = ConfigSet("busy", nullptr, nullptr, document);
-      TalkFree(document);
-      if (result != 1 && errno != EBUSY) return errno;
-    }
-    return 0;
+  static void write(int writer, int round) {
+    vessel_t* document = make_document(writer, round);
+    errno = 0;
+    EXPECT_TRUE(ConfigSet("busy", nullptr, nullptr, document) == 1 || errno == EBUSY) << errno;
+    TalkFree(document);
   }
 
-  static int read_until(Clock::time_point end) {
-    while (Clock::now() < end) {
-      errno = 0;
-      vessel_t* document = ConfigGet("busy", nullptr, nullptr);
-      const bool whole = document ? is_whole(document) : errno == EBUSY;
-      TalkFree(document);
-      if (!whole) return 1;
-    }
-    return 0;
+  static void read(int, int) {
+    errno = 0;
+    vessel_t* document = ConfigGet("busy", nullptr, nullptr);
+    EXPECT_TRUE(document ? is_whole(document) : errno == EBUSY) << errno;
+    TalkFree(document);
   }
 };
 
 TEST_F(ConfigStressTest, no_reader_sees_a_document_that_no_writer_wrote) {
-  vessel_t* first = make_document(0, 1);
-  ASSERT_EQ(1, ConfigSet("busy", nullptr, nullptr, first));
-  TalkFree(first);
-  const auto end = Clock::now() + std::chrono::seconds(seconds());
-  std::vector<std::unique_ptr<fairlead_test::Child>> children;
-  for (int writer = 0; writer < kWriters; ++writer)
-    children.push_back(
-        std::make_unique<fairlead_test::Child>([=] { return write_until(end, writer); }));
-  for (int reader = 0; reader < kReaders; ++reader)
-    children.push_back(std::make_unique<fairlead_test::Child>([=] { return read_until(end); }));
-  for (auto& child : children) EXPECT_EQ(0, child->wait().status);
+  write(0, 1);
+  Crowd crowd;
+  crowd.add(20, write);
+  crowd.add(20, read);
+  crowd.wait();
+}
+
+// Two changes of members are each a read and a write, and one of them may be lost: never a member
+// that nobody changes, and never so that a member has a value that nobody gave it.
+TEST_F(ConfigStressTest, changes_of_members_lose_nothing_but_each_other) {
+  ASSERT_EQ(1, set("busy", nullptr, "{\"kept\":\"for good\",\"last\":{\"kept\":\"too\"}}"));
+  Crowd crowd;
+  crowd.add(12, [](int writer, int round) {
+    const std::string member = "last/" + std::string(1, static_cast<char>('a' + writer));
+    const std::string value = member + std::string(static_cast<size_t>(round % 300), '.');
+    errno = 0;
+    const int result = round % 5 == 4 ? ConfigSet("busy", nullptr, member.c_str(), nullptr)
+                                      : ConfigSetS("busy", nullptr, member.c_str(), value.c_str());
+    // Somebody else's change may have taken the member away before.
+    EXPECT_TRUE(result == 1 || errno == EBUSY || round % 5 == 4) << errno;
+  });
+  crowd.add(8, [](int reader, int) {
+    errno = 0;
+    vessel_t* document = ConfigGet("busy", nullptr, nullptr);
+    if (!document && errno == EBUSY) return;
+    EXPECT_STREQ("for good", VesselGetS(document, "kept"));
+    vessel_t* last = VesselGetX(document, "last");
+    EXPECT_STREQ("too", VesselGetS(last, "kept"));
+    const std::string name(1, static_cast<char>('a' + reader));
+    const char* value = VesselGetS(last, name.c_str());
+    const std::string text = value ? value : "last/" + name;
+    EXPECT_EQ(0u, text.rfind("last/" + name, 0)) << text;
+    EXPECT_EQ(std::string::npos, text.find_first_not_of('.', 6)) << text;
+    TalkFree(document);
+  });
+  crowd.wait();
+  EXPECT_EQ("for good", get("busy", "kept"));
 }
 
 }  // namespace
