@@ -11,6 +11,7 @@
 #include "base/bounded_text.h"
 #include "base/directory.h"
 #include "base/fail.h"
+#include "base/leads_up.h"
 #include "base/result_buffer.h"
 #include "fairlead/talk/node.h"
 #include "talk/owned_talk.h"
@@ -99,7 +100,7 @@ extern "C" vessel_t* ProjectCfgList(const char* project) {
 extern "C" char* ProjectAdpPath(slash_t* path, char* buffer, int size) {
   static char fallback[kPathSize];
   const char* object = SlashString(path);
-  if (!object) return nullptr;
+  if (!object || leads_up(object)) return nullptr;
   const ResultBuffer result = choose_buffer(buffer, size, fallback);
   for (const char* extension : {kModuleExtension, kScriptExtension}) {
     BoundedText file(result.text, result.size);

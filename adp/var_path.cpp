@@ -7,6 +7,8 @@
 
 #include "adp/fixed_paths.h"
 #include "base/bounded_text.h"
+#include "base/fail.h"
+#include "base/leads_up.h"
 #include "base/result_buffer.h"
 #include "fairlead/adp/project.h"
 
@@ -30,6 +32,7 @@ bool ensure_folder(const char* path) {
 extern "C" char* ProjectVarPath(char* buffer, int size, const char* name, const char* format, ...) {
   static char fallback[fairlead::kPathSize];
   if (!name) return nullptr;
+  if (fairlead::leads_up(name)) return fairlead::fail<char*>(EINVAL);
   const fairlead::ResultBuffer result = fairlead::choose_buffer(buffer, size, fallback);
   fairlead::BoundedText path(result.text, result.size);
   path.add(fairlead::kRuntimeRoot).add('/').add(name);

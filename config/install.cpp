@@ -7,6 +7,7 @@
 
 #include "base/directory.h"
 #include "base/fail.h"
+#include "base/leads_up.h"
 #include "config/folder.h"
 #include "config/paths.h"
 #include "fairlead/adp/project.h"
@@ -34,13 +35,12 @@ bool install(const char* name, const char* source, const char* project) {
   return true;
 }
 
-// Whether the name stays below the root: "" and "." are the whole store, ".." all of the system's
-// "/etc".
+// Whether the name stays below the root: "" and "." are the whole store.
 bool is_project(const char* name) {
   bool named = false;
   while (*(name += strspn(name, "/")) != '\0') {
     const std::string_view segment(name, strcspn(name, "/"));
-    if (segment == "." || segment == "..") return false;
+    if (segment == ".") return false;
     named = true;
     name += segment.size();
   }
@@ -50,7 +50,7 @@ bool is_project(const char* name) {
 }  // namespace
 
 extern "C" int ConfigInstall(const char* project) {
-  if (!project) return fail<int>(EINVAL);
+  if (!project || leads_up(project)) return fail<int>(EINVAL);
   const OwnedTalk list(ProjectCfgList(project));
   if (!list) return 0;
   int installed = 0;
@@ -61,7 +61,7 @@ extern "C" int ConfigInstall(const char* project) {
 }
 
 extern "C" int ConfigUninstall(const char* project) {
-  if (!project || !is_project(project)) return fail<int>(EINVAL);
+  if (!project || leads_up(project) || !is_project(project)) return fail<int>(EINVAL);
   PathText folder;
   folder.add(kConfigRoot).add('/').add(project);
   Directory directory(folder.text());

@@ -79,12 +79,20 @@ int stop(const RecordPath& path) {
   if (!path) return -1;
   if (own_lock(path.text()) >= 0) return stop_myself(path.text());
   // Emptied from the start, so that a check at the same time does not restart it.
-  const Descriptor record(open(path.text(), O_RDWR | O_TRUNC | O_NONBLOCK | O_CLOEXEC));
+  const Descriptor record(open(path.text(), O_RDWR | O_TRUNC | kAsItStands | O_CLOEXEC));
   if (!record) return -1;
   const bool ended = end_daemon(record.get());
   // A daemon that must not be signalled lives on, and its emptied record still tells where.
   if (ended || errno == ESRCH) remove_record(record.get(), path.text());
   return ended ? 0 : -1;
+}
+
+// A daemon that opened its own record would lose its lock by closing it.
+int switch_off(const RecordPath& path) {
+  if (!path) return -1;
+  if (own_lock(path.text()) >= 0) return truncate(path.text(), 0);
+  const Descriptor record(open(path.text(), O_WRONLY | O_TRUNC | kAsItStands | O_CLOEXEC));
+  return record ? 0 : -1;
 }
 
 int reset(const RecordPath& path) {
@@ -93,7 +101,7 @@ int reset(const RecordPath& path) {
   if (ended) {
     if (signal_myself() != 0) return -1;
   } else {
-    const Descriptor record(open(path.text(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+    const Descriptor record(open(path.text(), O_RDWR | kAsItStands | O_CLOEXEC));
     if (!record) return -1;
     ended = end_daemon(record.get());
   }  // closed, or the new daemon would find the record taken
@@ -125,7 +133,7 @@ extern "C" int ServiceOff(const char* format, ...) {
   va_start(arguments, format);
   const RecordPath path(format, arguments);
   va_end(arguments);
-  return path && truncate(path.text(), 0) == 0 ? 0 : -1;
+  return switch_off(path);
 }
 
 extern "C" pid_t ServicePid(const char* format, ...) {

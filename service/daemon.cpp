@@ -1,4 +1,6 @@
 // The daemon's side: a record made, and held by a lock for as long as the daemon lives.
+#include "service/daemon.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -71,16 +73,16 @@ bool still_named(int fd, const char* path) {
 }
 
 // Inherited by programs on purpose: the lock must outlive the start of one.
-Descriptor open_record(const char* path) {
+Descriptor open_record(const char* path, int flags) {
   Descriptor record =
-      beside_standard(Descriptor(open(path, O_RDWR | O_CREAT | O_CLOEXEC, kRecordMode)));
+      beside_standard(Descriptor(open(path, O_RDWR | O_CREAT | O_CLOEXEC | flags, kRecordMode)));
   return record && fcntl(record.get(), F_SETFD, 0) == 0 ? std::move(record) : Descriptor();
 }
 
 // The record, locked.
-Descriptor take(const char* path) {
+Descriptor take(const char* path, int flags) {
   for (int attempts = 0; attempts < kAttempts; ++attempts) {
-    Descriptor record = open_record(path);
+    Descriptor record = open_record(path, flags);
     if (!record) return {};
     if (!lockfd_set(record.get(), kExclusive, 0, SEEK_SET, 0, 0)) {
       if (held_elsewhere()) errno = EBUSY;
@@ -93,12 +95,17 @@ Descriptor take(const char* path) {
 
 }  // namespace
 
-extern "C" int DaemonRegister(const char* path, const char* object, const char* interface,
-                              const char* parameters) {
+int fairlead::register_daemon(const char* path, int flags, const char* object,
+                              const char* interface, const char* parameters) {
   if (!path || !object || !interface) return fail(EINVAL, -1);
-  Descriptor record = take(path);
+  Descriptor record = take(path, flags);
   if (!record || !fill(record.get(), object, interface, parameters)) return -1;
   return record.release();
+}
+
+extern "C" int DaemonRegister(const char* path, const char* object, const char* interface,
+                              const char* parameters) {
+  return register_daemon(path, 0, object, interface, parameters);
 }
 
 extern "C" int DaemonFree(int fd) { return lock_close(fd); }

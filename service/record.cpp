@@ -56,8 +56,7 @@ int own_lock(const char* path) {
 OpenRecord::OpenRecord(const char* path) {
   if (!path) return;
   own_ = own_lock(path);
-  // Not waiting for the other end of a FIFO that someone has put there.
-  if (own_ < 0) file_.reset(open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  if (own_ < 0) file_.reset(open(path, O_RDONLY | kAsItStands | O_CLOEXEC));
 }
 
 pid_t OpenRecord::holder() const { return own_ >= 0 ? getpid() : lock_holder(file_.get()); }

@@ -1,6 +1,7 @@
 // A record as its readers see it: who holds its lock, and what it says.
 #pragma once
 
+#include <fcntl.h>
 #include <sys/types.h>
 
 #include "base/bounded_text.h"
@@ -9,6 +10,10 @@
 #include "service/record_layout.h"
 
 namespace fairlead {
+
+// For opening whatever stands in a record's place: without a wait for the other end of a FIFO, and
+// without following a link to a file elsewhere.
+inline constexpr int kAsItStands = O_NONBLOCK | O_NOFOLLOW;
 
 // The process that holds the record exclusively, which only its daemon does, or -1. The caller's
 // own lock is not seen. 0: a process that has no number here, one of another container.

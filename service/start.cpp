@@ -14,6 +14,7 @@
 #include "fairlead/uii.h"
 #include "log/level_words.h"
 #include "misc/null_streams.h"
+#include "service/daemon.h"
 #include "service/launch_notice.h"
 #include "service/log_source.h"
 #include "service/own_descriptors.h"
@@ -91,7 +92,7 @@ class Daemon {
   void enter_record(const char* parameters) {
     const RecordPath path(service_);
     keep_descriptors_from_program(path.text());
-    record_ = DaemonRegister(path.text(), object_, interface_, parameters);
+    record_ = register_daemon(path.text(), O_NOFOLLOW, object_, interface_, parameters);
     if (record_ >= 0) return;
     if (errno != EBUSY) {
       log(kWarningWithErrno, "DaemonRegister(%s:%s) file handler operation failed", __LINE__);

@@ -10,6 +10,7 @@
 #include "base/bounded_text.h"
 #include "base/descriptor.h"
 #include "base/fail.h"
+#include "base/leads_up.h"
 #include "base/mapping.h"
 #include "base/owned.h"
 #include "base/percent.h"
@@ -182,7 +183,7 @@ class Attempt {
 
 extern "C" gvalue_t* GvalueCreateDetails(const char* name, int capacity, int data_size,
                                          mode_t mode) {
-  if (!name) return fail<gvalue_t*>(EINVAL);
+  if (!name || fairlead::leads_up(name)) return fail<gvalue_t*>(EINVAL);
   // Callers write "%%" for a percent sign. Halved, the name still fills whatever the path has room
   // for.
   fairlead::FixedText<2 * kPathSize> file_name;

@@ -65,8 +65,8 @@ vessel_t* config_list_all(const char* directory);
 /* Copies a project's default files, "/prj/<project>/<stem>.cfg", into the store as
  * <project>/<stem>, over what is there. Each is logged as a notice on syslog and console, "install
  * a config %s to %s by %s" (source, destination, project), and counts whether or not its copy
- * succeeds; what is no regular file is not copied. Returns 1 when there was at least one, else 0.
- */
+ * succeeds; what is no regular file is not copied. Returns 1 when there was at least one, else 0;
+ * EINVAL also when the project has a segment "..". */
 int ConfigInstall(const char* project);
 
 /* Removes the files of "/etc/config/<project>", each logged as a notice, "uninstall a config %s by

@@ -13,7 +13,7 @@
  * its arguments as printf does.
  *
  * A record that is shorter than 72 bytes, longer than 136 bytes and 128 KiB, without an object, or
- * no regular file counts as none. Nothing in a record is trusted.
+ * no regular file counts as none; a link is not followed (ELOOP). Nothing in a record is trusted.
  *
  * A daemon may use these functions on itself: its lock is seen, and not lost. A program that opens
  * its own record by other means loses its lock when it closes it; that is how such locks work.
@@ -104,7 +104,8 @@ int ServiceStop(const char* format, ...) __attribute__((format(printf, 1, 2)));
 int ServiceReset(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 /* Empties the record: the service is no longer restarted, nor described, and a running daemon is
- * left alone. ServiceStop still ends it. Returns 0, or -1 with errno from truncate or a bad name.
+ * left alone. ServiceStop still ends it. Returns 0, or -1 with errno: EINVAL, ENAMETOOLONG a bad
+ * name | ENOENT no record | that of open.
  */
 int ServiceOff(const char* format, ...) __attribute__((format(printf, 1, 2)));
 

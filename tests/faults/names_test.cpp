@@ -1,47 +1,17 @@
 // Names and values that mean something to a shell, a format, a path or a parser, through every door
 // of the library.
 #include "faults/faults_fixture.h"
+#include "support/hostile_names.h"
 
 namespace {
 
 using namespace fairlead_test;
 
-const std::string kNames[] = {"..",
-                              ".",
-                              "a/../b",
-                              "../../tmp/outside",
-                              "a b",
-                              "a\"b",
-                              "a'b",
-                              "a\nb",
-                              "a\tb",
-                              "a\\b",
-                              "-rf",
-                              "*",
-                              "$(touch /tmp/ran)",
-                              "`touch /tmp/ran`",
-                              ";touch /tmp/ran",
-                              "|touch /tmp/ran",
-                              "&touch /tmp/ran",
-                              "x/$(touch /tmp/ran)/y",
-                              "a\n/tmp/ran",
-                              "%s%n%d",
-                              "%%",
-                              "{\"a\":1}",
-                              "a,b",
-                              "a[b]",
-                              "\xff\xfe\x80",
-                              "\x01\x1b[2J",
-                              std::string(255, 'n'),
-                              std::string(4096, 'n'),
-                              std::string(300, '/'),
-                              std::string(2000, '%')};
-
 class NamesTest : public FaultsTest {
  protected:
   // In a process of its own, since a name must end none.
   static void with_each_name(void (*action)(const char* name)) {
-    for (const std::string& name : kNames) {
+    for (const std::string& name : kHostileNames) {
       empty_root();
       put_file("/etc/config/bystander.cfg", "{\"a\":\"1\"}");
       put_file("/prj/net/port.adp", "");
@@ -75,7 +45,7 @@ TEST_F(NamesTest, of_objects_are_names_and_nothing_else) {
 }
 
 TEST_F(NamesTest, of_members_and_values_come_back_as_they_were) {
-  for (const std::string& name : kNames) {
+  for (const std::string& name : kHostileNames) {
     char* escaped = json_escape(name.c_str());
     vessel_t* document = VesselCreate();
     ASSERT_EQ(1, VesselSetS(document, escaped, escaped));
@@ -151,7 +121,7 @@ TEST_F(NamesTest, of_value_stores_and_values_are_names_and_nothing_else) {
 }
 
 TEST_F(NamesTest, reach_a_script_as_they_are) {
-  for (const std::string& name : kNames) {
+  for (const std::string& name : kHostileNames) {
     put_file("/prj/net/lamp.ash",
              "#!/bin/sh\nprintf '%s|%s|%s' \"$config\" \"$value\" \"$paramter1\" >/tmp/seen\n"
              "printf '\\001' >&$pipeid\n",

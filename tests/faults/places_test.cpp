@@ -1,9 +1,6 @@
 // Files of every kind in every fixed place: no call waits, crashes, or writes through them.
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
-
 #include "faults/faults_fixture.h"
+#include "support/odd_files.h"
 
 namespace {
 
@@ -25,38 +22,6 @@ const char* const kPlaces[] = {"/etc/config/wan.cfg",
                                "/prj/net",
                                "/tmp/small"};
 
-void make_socket(const char* path) {
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  strncpy(address.sun_path, path, sizeof address.sun_path - 1);
-  const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) abort();
-  close(fd);
-}
-
-struct Kind {
-  const char* name;
-  void (*make)(const char* path);
-};
-
-const Kind kKinds[] = {
-    {"fifo", [](const char* path) { mkfifo(path, 0777); }},
-    {"folder", [](const char* path) { mkdir(path, 0777); }},
-    {"full folder", [](const char* path) { put_file(std::string(path) + "/file", "content"); }},
-    {"socket", make_socket},
-    {"endless file", [](const char* path) { (void)!symlink("/dev/zero", path); }},
-    {"nothing", [](const char* path) { (void)!symlink("/dev/null", path); }},
-    {"full device", [](const char* path) { (void)!symlink("/dev/full", path); }},
-    {"terminal", [](const char* path) { (void)!symlink("/dev/tty", path); }},
-    {"dangling link", [](const char* path) { (void)!symlink("/tmp/no/such/file", path); }},
-    {"link to itself", [](const char* path) { (void)!symlink(path, path); }},
-    {"link to a precious file", [](const char* path) { (void)!symlink("/tmp/precious", path); }},
-    {"empty file", [](const char* path) { put_file(path, "", 0777); }},
-    {"zeros", [](const char* path) { put_file(path, std::string(1 << 20, '\0'), 0777); }},
-    {"noise",
-     [](const char* path) { put_file(path, std::string(5000, '\xfe') + "{\"a\":", 0777); }},
-};
-
 class PlacesTest : public FaultsTest, public testing::WithParamInterface<const char*> {
  protected:
   // Ends by itself long before the watch over it does.
@@ -74,7 +39,7 @@ class PlacesTest : public FaultsTest, public testing::WithParamInterface<const c
     return child.wait();
   }
 
-  static void arrange(const char* place, const Kind& kind) {
+  static void arrange(const char* place, const OddFile& kind) {
     empty_root();
     put_file("/tmp/precious", "precious");
     put_file("/prj/net/port.adp", "");
@@ -107,8 +72,8 @@ class PlacesTest : public FaultsTest, public testing::WithParamInterface<const c
 TEST_P(PlacesTest, may_hold_anything) {
   // Where not all of them are tried, other places have the others.
   const size_t first = strlen(GetParam()) % static_cast<size_t>(stride(1));
-  for (size_t i = first; i < std::size(kKinds); i += static_cast<size_t>(stride(1))) {
-    const Kind& kind = kKinds[i];
+  for (size_t i = first; i < std::size(kOddFiles); i += static_cast<size_t>(stride(1))) {
+    const OddFile& kind = kOddFiles[i];
     arrange(GetParam(), kind);
     const auto ended = run_watched(use_everything);
     EXPECT_EQ(0, ended.status) << kind.name << ", signal " << ended.signal << "\n" << ended.err;

@@ -55,8 +55,9 @@ vessel_t* ProjectAdpList(const char* project);
 vessel_t* ProjectCfgList(const char* project);
 
 /* The existing file "/prj/<path>.adp", or else "/prj/<path>.ash". Null when there is neither, when
- * the path is null or has no segment, or when the name does not fit the buffer, whose content is
- * then undefined. Whether the file may be read or run is not asked. */
+ * the path is null or has no segment, or one that is "..", so that no code outside of "/prj" is
+ * found, or when the name does not fit the buffer, whose content is then undefined. Whether the
+ * file may be read or run is not asked. */
 char* ProjectAdpPath(slash_t* path, char* buffer, int size);
 
 /* "/prj/<project>/<formatted text>", when that exists and is no directory. Null otherwise, and when
@@ -68,8 +69,9 @@ char* ProjectOscPath(char* buffer, int size, const char* project, const char* fo
 
 /* The directory "/tmp/.var/<name>", or with a format the path of a file in it, cut where the buffer
  * ends. The directory exists afterwards, made with mode 0770 (less the umask) where it did not; a
- * plain file in its place is removed. "/tmp/.var" itself is never made. Null when name is null,
- * does not fit the buffer, or the directory cannot be made. */
+ * plain file in its place is removed. "/tmp/.var" itself is never made. Null when name is null, has
+ * a segment ".." (errno EINVAL), does not fit the buffer, or the directory cannot be made. What the
+ * format makes is not looked at. */
 char* ProjectVarPath(char* buffer, int size, const char* name, const char* format, ...)
     __attribute__((format(printf, 4, 5)));
 

@@ -38,10 +38,11 @@ typedef struct gvalue {
  * open at the same time share one store. In the name "%%" stands for one percent sign, as in a
  * format without arguments; the path is cut at 255 characters.
  *
- * Returns a new handle, or NULL with errno: EINVAL name NULL | ENOENT no "/tmp/.var", or what is
- * there is no store | EFBIG larger than 2 GiB | ENOSPC no room for the file | ENOMEM | what open,
- * fstat, flock, ftruncate or mmap gave. Deliberate: every failure after the file was opened removes
- * it, even when it existed before and other processes use it; the next open makes a fresh one. */
+ * Returns a new handle, or NULL with errno: EINVAL name NULL, or with a segment ".." | ENOENT no
+ * "/tmp/.var", or what is there is no store | EFBIG larger than 2 GiB | ENOSPC no room for the file
+ * | ENOMEM | what open, fstat, flock, ftruncate or mmap gave. Deliberate: every failure after the
+ * file was opened removes it, even when it existed before and other processes use it; the next open
+ * makes a fresh one. */
 gvalue_t* GvalueCreateDetails(const char* name, int capacity, int data_size, mode_t mode);
 
 /* The same with capacity and size as by 0, and mode 0660. */
