@@ -21,6 +21,9 @@ if(FAIRLEAD_SANITIZE)
   target_link_options(fairlead_flags INTERFACE -fsanitize=${FAIRLEAD_SANITIZE})
   target_compile_definitions(fairlead_flags INTERFACE FAIRLEAD_SANITIZED)
 endif()
+if(FAIRLEAD_FUZZ)
+  target_compile_options(fairlead_flags INTERFACE -fsanitize=fuzzer-no-link -fno-sanitize=function)   # that one needs RTTI
+endif()
 
 # libc is all that may be needed at run time: no exceptions, no RTTI, nothing left undefined.
 add_library(fairlead_libc_only INTERFACE)
