@@ -12,6 +12,7 @@ namespace {
 
 using fairlead::fail;
 using fairlead::is_vessel;
+using fairlead::NodePool;
 using fairlead::OwnedTalk;
 
 // Numbers, arrays, literals and members without a value have no copy.
@@ -22,11 +23,11 @@ bool has_copy(const axp_t* member) {
 }
 
 // False when memory runs out.
-bool copy_members(const vessel_t* vessel, vessel_t* copy) {
+bool copy_members(NodePool& pool, const vessel_t* vessel, vessel_t* copy) {
   fairlead::ParallelWalk walk(vessel, copy);
   while (const axp_t* member = walk.next()) {
     if (!has_copy(member)) continue;
-    axp_t* const own = fairlead::member_copy(member);
+    axp_t* const own = fairlead::member_copy(pool, member);
     if (!own) return false;
     fairlead::link_last(walk.side(), own);
     if (is_vessel(member->child)) walk.enter(member, own->child);
@@ -38,16 +39,18 @@ bool copy_members(const vessel_t* vessel, vessel_t* copy) {
 
 extern "C" vessel_t* VesselDup(vessel_t* vessel) {
   if (!is_vessel(vessel)) return fail<vessel_t*>(EINVAL);
+  NodePool pool({});
   OwnedTalk copy(VesselCreate());
-  if (!copy || !copy_members(vessel, copy.get())) return nullptr;
+  if (!copy || !copy_members(pool, vessel, copy.get())) return nullptr;
   return copy.release();
 }
 
 extern "C" axp_t* AxpDup(axp_t* member) {
   if (!fairlead::is_axp(member) || !has_copy(member)) return fail<axp_t*>(EINVAL);
-  OwnedTalk copy(fairlead::member_copy(member));
+  NodePool pool({});
+  OwnedTalk copy(fairlead::member_copy(pool, member));
   if (!copy) return nullptr;
-  if (is_vessel(member->child) && !copy_members(member->child, copy->child)) return nullptr;
+  if (is_vessel(member->child) && !copy_members(pool, member->child, copy->child)) return nullptr;
   return copy.release();
 }
 

@@ -44,7 +44,7 @@ class Merge {
       take_over(source, own);
       return own;
     }
-    own = fairlead::member_copy(source);
+    own = fairlead::member_copy(pool_, source);
     if (!own) return failed();
     fairlead::link_last(target, own);
     index_.appended(own);
@@ -58,7 +58,7 @@ class Merge {
     const bool replaces =
         fairlead::is_render(value) || (is_vessel(value) && !is_vessel(own->child));
     if (!replaces) return;
-    OwnedTalk copy(fairlead::value_copy(value));
+    OwnedTalk copy(fairlead::value_copy(pool_, value));
     if (!copy) {
       failed();
       return;
@@ -84,6 +84,7 @@ class Merge {
     return nullptr;
   }
 
+  fairlead::NodePool pool_{{}};
   fairlead::NameIndex index_;
   OwnedTalk discarded_;
   int result_ = 0;

@@ -7,21 +7,49 @@
 #include "base/fail.h"
 #include "base/owned.h"
 #include "talk/json/assertion.h"
+#include "talk/json/node_pool.h"
 
 namespace {
 
 using fairlead::fail;
 using fairlead::inline_text;
+using fairlead::NodeSlab;
 using fairlead::OwnedText;
 
-void release(json_t* node) {
-  if (node->text != inline_text(node)) free(node->text);
-  free(node);
-}
+// Frees nodes one after another. Those that follow each other in one slab leave it together.
+class Release {
+ public:
+  Release() = default;
+  ~Release() { leave(); }
+  Release(const Release&) = delete;
+  Release& operator=(const Release&) = delete;
+
+  void operator()(json_t* node) {
+    if (node->text && node->text != inline_text(node)) free(node->text);
+    NodeSlab* const slab = fairlead::slab_of(node);
+    if (!slab) {
+      free(reinterpret_cast<NodeSlab**>(node) - 1);
+      return;
+    }
+    if (slab != slab_) leave();
+    slab_ = slab;
+    ++gone_;
+  }
+
+ private:
+  void leave() {
+    if (slab_) fairlead::leave_slab(slab_, gone_);
+    gone_ = 0;
+  }
+
+  NodeSlab* slab_ = nullptr;
+  uint32_t gone_ = 0;
+};
 
 // Frees an unlinked node and all below it. Each node is freed when its last child is gone, so the
 // way back is the parent link and no stack is needed.
 void release_tree(json_t* top) {
+  Release release;
   json_t* node = top;
   while (true) {
     while (node->child) node = node->child;
@@ -32,6 +60,10 @@ void release_tree(json_t* top) {
     parent->child = next;
     node = next ? next : parent;
   }
+}
+
+json_t* text_node(uint32_t kind, std::string_view text) {
+  return fairlead::with_text(fairlead::node_alone(fairlead::node_size(text)), kind, text);
 }
 
 // Where a value may stand: under a label or in an array.
@@ -72,16 +104,21 @@ bool fairlead::set_node_text(json_t* node, std::string_view text) {
   return true;
 }
 
-extern "C" json_t* json_new_value(uint32_t kind) { return fairlead::new_node(kind); }
+extern "C" json_t* json_new_value(uint32_t kind) {
+  // One byte more where a text may be set later: no block of another text then starts right behind
+  // the record, where it would be taken for an inline one.
+  const size_t size = fairlead::kNodeSize + (kind <= JSON_NUMBER ? 1 : 0);
+  return fairlead::with_kind(fairlead::node_alone(size), kind);
+}
 
 extern "C" json_t* json_new_string(const char* text) {
   NODE_ASSERT_GIVEN(text);
-  return fairlead::new_text_node(JSON_STRING, text);
+  return text_node(JSON_STRING, text);
 }
 
 extern "C" json_t* json_new_number(const char* text) {
   NODE_ASSERT_GIVEN(text);
-  return fairlead::new_text_node(JSON_NUMBER, text);
+  return text_node(JSON_NUMBER, text);
 }
 
 extern "C" json_t* json_new_object(void) { return json_new_value(JSON_OBJECT); }

@@ -1,5 +1,6 @@
 // Nodes from inside. A node and its text are one block, the text behind the record; a text that is
-// set later and does not fit there has a block of its own, which the node owns as well.
+// set later and does not fit there has a block of its own, which the node owns as well. Before the
+// record stands the slab that the node shares with others, or null for a node on its own.
 #pragma once
 
 #include <cstdint>
@@ -12,28 +13,45 @@
 
 namespace fairlead {
 
-// A node with every link null; null when memory runs out.
-inline json_t* new_node(uint32_t kind) {
-  // One byte more where a text may be set later: no block of another text then starts right behind
-  // the record, where it would be taken for an inline one.
-  const size_t size = sizeof(json_t) + (kind <= JSON_NUMBER ? 1 : 0);
-  auto* node = static_cast<json_t*>(malloc(size));
-  if (node) *node = {kind, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
-  return node;
+struct NodeSlab;
+
+inline constexpr size_t kNodeSize = sizeof(NodeSlab*) + sizeof(json_t);
+
+inline NodeSlab* slab_of(const json_t* node) {
+  return reinterpret_cast<NodeSlab* const*>(node)[-1];
 }
 
 inline char* inline_text(json_t* node) { return reinterpret_cast<char*>(node + 1); }
 
-// A node of kind JSON_STRING or JSON_NUMBER with a copy of `text`; null when memory runs out.
-inline json_t* new_text_node(uint32_t kind, std::string_view text) {
-  if (text.size() > SIZE_MAX - sizeof(json_t) - 1) return fail<json_t*>(ENOMEM);
-  auto* node = static_cast<json_t*>(malloc(sizeof(json_t) + text.size() + 1));
+// The node in a space of kNodeSize bytes or more, without a value yet; null for no space.
+inline json_t* node_in(void* space, NodeSlab* slab) {
+  if (!space) return nullptr;
+  *static_cast<NodeSlab**>(space) = slab;
+  return reinterpret_cast<json_t*>(static_cast<NodeSlab**>(space) + 1);
+}
+
+// Gives a node its first value, with every link null. Null stays null.
+inline json_t* with_kind(json_t* node, uint32_t kind) {
+  if (node) *node = {kind, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+  return node;
+}
+
+// The same with a text, which goes behind the record.
+inline json_t* with_text(json_t* node, uint32_t kind, std::string_view text) {
   if (!node) return nullptr;
   char* copy = inline_text(node);
   memcpy(copy, text.data(), text.size());
   copy[text.size()] = '\0';
   *node = {kind, copy, nullptr, nullptr, nullptr, nullptr, nullptr};
   return node;
+}
+
+// A space of this size on its own.
+inline json_t* node_alone(size_t size) { return node_in(malloc(size), nullptr); }
+
+// What a node with this text needs; SIZE_MAX, which is nowhere to be had, where that has no number.
+inline size_t node_size(std::string_view text) {
+  return text.size() < SIZE_MAX - kNodeSize - 1 ? kNodeSize + text.size() + 1 : SIZE_MAX;
 }
 
 // Gives a node a copy of `text`, which may be the node's present text or a part of it.

@@ -1,24 +1,32 @@
 // The incremental parser: builds the tree from what the grammar reads.
 #include "talk/json/parser.h"
 
+#include <cstring>
+#include <utility>
+
 #include "talk/json/assertion.h"
 #include "talk/json/grammar.h"
 #include "talk/json/lexer.h"
 #include "talk/json/node.h"
+#include "talk/json/node_pool.h"
 
 namespace {
 
 using fairlead::JsonLexer;
 using fairlead::kGoOn;
+using fairlead::NodePool;
 namespace grammar = fairlead::grammar;
+
+// What the nodes of a text take at least, where values are short.
+constexpr size_t kNodeBytesPerCharacter = 2;
 
 // `info->cursor` is what the next token belongs to: the open container, or a label without a value.
 class TreeBuilder {
  public:
-  explicit TreeBuilder(json_t* cursor) : cursor_(cursor) {}
+  TreeBuilder(json_t* cursor, NodePool& pool) : cursor_(cursor), pool_(pool) {}
 
   json_error open(uint32_t kind) {
-    json_t* node = fairlead::new_node(kind);
+    json_t* node = pool_.node(kind);
     if (!node) return JSON_NO_MEMORY;
     if (cursor_) fairlead::link_last(cursor_, node);
     cursor_ = node;
@@ -36,7 +44,7 @@ class TreeBuilder {
   }
 
   json_error label(std::string_view text) {
-    json_t* node = fairlead::new_text_node(JSON_STRING, text);
+    json_t* node = pool_.text_node(JSON_STRING, text);
     if (!node) return JSON_NO_MEMORY;
     fairlead::link_last(cursor_, node);
     cursor_ = node;
@@ -44,8 +52,7 @@ class TreeBuilder {
   }
 
   json_error value(uint32_t kind, std::string_view text) {
-    json_t* node =
-        kind <= JSON_NUMBER ? fairlead::new_text_node(kind, text) : fairlead::new_node(kind);
+    json_t* node = kind <= JSON_NUMBER ? pool_.text_node(kind, text) : pool_.node(kind);
     if (!node) return JSON_NO_MEMORY;
     fairlead::link_last(cursor_, node);
     if (cursor_->type == JSON_STRING) cursor_ = cursor_->parent;
@@ -56,6 +63,7 @@ class TreeBuilder {
 
  private:
   json_t* cursor_;
+  NodePool& pool_;
 };
 
 // Between two pieces the record was in the caller's hands.
@@ -80,11 +88,22 @@ void check_cursor(const json_jpi_t* info) {
   }
 }
 
+fairlead::NodePoolState pool_state(json_jpi_t* info) {
+  return {static_cast<fairlead::NodeSlab*>(std::exchange(info->slab, nullptr)), info->total};
+}
+
+void keep(json_jpi_t* info, fairlead::NodePoolState state) {
+  info->slab = state.slab;
+  info->total = state.total;
+}
+
 json_error read_piece(json_jpi_t* info, const char* text) {
   JsonLexer lexer(info, text);
-  TreeBuilder builder(info->cursor);
+  NodePool pool(pool_state(info));
+  TreeBuilder builder(info->cursor, pool);
   const json_error result = fairlead::read_document(info, lexer, builder);
   info->cursor = builder.cursor();
+  if (result == JSON_NEED_MORE) keep(info, pool.pause());
   if (result != JSON_NEED_MORE || !lexer.in_token()) return result;
   return fairlead::keep_begun_token(info, lexer.text()) ? result : JSON_NO_MEMORY;
 }
@@ -102,7 +121,8 @@ void fairlead::abandon_parse(json_jpi_t* info) {
   json_t* root = info->cursor;
   while (root && root->parent) root = root->parent;
   if (root) json_free_value(&root);
-  *info = {nullptr, grammar::kFailed, lex::kBetween, info->line, {}};
+  const NodePool leaves_the_slab(pool_state(info));
+  *info = {nullptr, grammar::kFailed, lex::kBetween, info->line, {}, nullptr, 0};
 }
 
 json_error fairlead::end_unfinished(json_jpi_t* info, bool empty) {
@@ -117,6 +137,7 @@ extern "C" json_error json_parse_document(json_t** root, const char* text) {
   NODE_ASSERT_GIVEN(text);
   json_jpi_t info;
   json_jpi_init(&info);
+  info.total = kNodeBytesPerCharacter * strlen(text);
   const json_error result = json_parse_fragment(&info, text);
   if (result == JSON_NEED_MORE) return fairlead::end_unfinished(&info, text[0] == '\0');
   if (result != JSON_DONE_AT_END) return result;
@@ -126,7 +147,7 @@ extern "C" json_error json_parse_document(json_t** root, const char* text) {
 
 extern "C" int json_jpi_init(json_jpi_t* jpi) {
   NODE_ASSERT_GIVEN(jpi);
-  *jpi = {nullptr, grammar::kDocument, fairlead::lex::kBetween, 1, {}};
+  *jpi = {nullptr, grammar::kDocument, fairlead::lex::kBetween, 1, {}, nullptr, 0};
   return 1;
 }
 

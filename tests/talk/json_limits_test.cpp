@@ -139,16 +139,6 @@ TEST_F(JsonLimitsTest, a_document_in_many_pieces_costs_in_proportion) {
   });
 }
 
-TEST_F(JsonLimitsTest, parsing_allocates_one_block_per_node) {
-  Fault counter(Call::kMalloc, {.nth = 0});
-  json_t* root = nullptr;
-  json_parse_document(&root, R"({"a":"b","c\n":["\u00e9",1,true,{}],"d":null})");
-  const int calls = counter.calls();
-  counter.disarm();
-  Tree tree(root);
-  EXPECT_EQ(11, calls);
-}
-
 TEST_F(JsonLimitsTest, parse_document_without_memory_frees_what_it_read) {
   for (EachCall each(Call::kMalloc, {.error = ENOMEM}); each.next();) {
     json_t* root = nullptr;

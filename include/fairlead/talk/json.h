@@ -11,7 +11,11 @@
  * the standard error stream; everything else, memory that runs out included, is told by the result.
  * No depth of nesting exhausts the stack, and no cost grows faster than the document.
  *
- * Threads: no state is shared; separate trees may be used in separate threads. Fork: plain memory,
+ * Nodes that are made together, by a parser, TalkDup or VesselModify, may share blocks of at most 4
+ * KB each, which are freed when the last of their nodes has gone.
+ *
+ * Threads: no state is shared; separate trees may be used in separate threads, also what was taken
+ * out of one tree. Fork: plain memory,
  * each process has its own copy. */
 #ifndef FAIRLEAD_TALK_JSON_H
 #define FAIRLEAD_TALK_JSON_H
@@ -81,7 +85,9 @@ typedef struct json_jpi {
   uint32_t state;      /* the rest is the parser's own: what may come next, */
   uint32_t lexer;      /* the kind of token that is half read, */
   size_t line;         /* the line that is read, from 1, */
-  json_buffer_t token; /* and what the pieces before held of the token */
+  json_buffer_t token; /* what the pieces before held of the token, */
+  void* slab;          /* and where the next nodes go */
+  size_t total;
 } json_jpi_t;
 
 /* What json_saxy_parse calls, in the order of the text; each may be null. A function returns 1 to
