@@ -85,14 +85,22 @@ void write_syslog(const Call& call, const char* message, const Details& details)
 
 // Apart from the filter, so that a message that is filtered out does not touch a page of the stack
 // for it.
-[[gnu::noinline, gnu::format(printf, 2, 0)]] void write_message(const Call& call,
-                                                                const char* format,
+[[gnu::noinline, gnu::format(printf, 4, 0)]] void write_message(uint32_t word, const char* file,
+                                                                int line, const char* format,
                                                                 va_list arguments) {
+  const int error = errno;
+  const uint32_t own_mode = word & kModeBits;
+  const uint32_t mode = own_mode ? own_mode : fairlead::channel_mode();
+  const Call call = {word, mode, error, file ? file : "", line};
+
   char message[kMessageSize];
   if (!format || vsnprintf(message, sizeof message, format, arguments) < 0) message[0] = '\0';
   const Details details(call);
   if (call.goes_to(LOG_MODE_CONSOLE)) write_console(call, message, details);
   if (call.goes_to(LOG_MODE_SYSLOG)) write_syslog(call, message, details);
+  if (call.wants(LOG_EXIT)) exit(-1);
+  // Only the console's report of a lack of memory leaves its mark.
+  errno = call.wants(LOG_NOMEM) && call.goes_to(LOG_MODE_CONSOLE) ? ENOMEM : error;
 }
 
 }  // namespace
@@ -100,16 +108,8 @@ void write_syslog(const Call& call, const char* message, const Details& details)
 extern "C" void LogWrite(uint32_t word, const char* file, int line, const char* format, ...) {
   // A message that is filtered out does nothing at all; not even LOG_EXIT is acted upon.
   if ((word & kLevelBits) > fairlead::channel_threshold()) return;
-  const int error = errno;
-  const uint32_t own_mode = word & kModeBits;
-  const uint32_t mode = own_mode ? own_mode : fairlead::channel_mode();
-
-  const Call call = {word, mode, error, file ? file : "", line};
   va_list arguments;
   va_start(arguments, format);
-  write_message(call, format, arguments);
+  write_message(word, file, line, format, arguments);
   va_end(arguments);
-  if (call.wants(LOG_EXIT)) exit(-1);
-  // Only the console's report of a lack of memory leaves its mark.
-  errno = call.wants(LOG_NOMEM) && call.goes_to(LOG_MODE_CONSOLE) ? ENOMEM : error;
 }

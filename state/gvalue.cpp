@@ -24,6 +24,7 @@ using fairlead::kNameSize;
 using fairlead::OpenStore;
 using fairlead::OwnedTalk;
 using fairlead::StoredValue;
+using fairlead::StoreHeader;
 using fairlead::StoreView;
 
 // The default store, opened by the first call that needs it and kept until the process ends. Not
@@ -122,9 +123,9 @@ bool add_member(vessel_t* list, const StoredValue& value) {
 
 }  // namespace
 
-int32_t fairlead::default_store_count() {
+const int32_t* fairlead::default_store_count() {
   const gvalue_t* store = process.default_store;
-  return store ? count_in(store->address) : -1;
+  return store ? &static_cast<const StoreHeader*>(store->address)->count : nullptr;
 }
 
 extern "C" int GvalueSet(gvalue_t* gvalue, const char* name, const void* value, int size) {

@@ -19,8 +19,9 @@ struct OpenStore : gvalue_t {
   OpenStore* opened_before;
 };
 
-// How many values the default store has; -1 while it is not open. Names only ever come to a store.
-int32_t default_store_count();
+// Where the default store counts its values, which only ever become more; null while it is not
+// open.
+const int32_t* default_store_count();
 
 // An exclusive lock of the whole file until the end of the block.
 class FileLock {

@@ -27,10 +27,6 @@ void make_store(void* address, uint32_t capacity, uint32_t data_size) {
   store(header.magic, kStoreMagic);  // last: with it the file counts as a store
 }
 
-int32_t count_in(const void* address) {
-  return load(static_cast<const StoreHeader*>(address)->count);
-}
-
 StoreView::StoreView(void* address, size_t mapped_size) : bytes_(static_cast<char*>(address)) {
   if (mapped_size < sizeof(StoreHeader) || load(header()->magic) != kStoreMagic) return;
   const uint64_t capacity = load(header()->capacity);

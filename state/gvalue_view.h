@@ -12,9 +12,6 @@ namespace fairlead {
 // Writes the header of an empty store into a mapping that has room for it.
 void make_store(void* address, uint32_t capacity, uint32_t data_size);
 
-// The number of records as the header of a mapped store tells it, unchecked.
-int32_t count_in(const void* address);
-
 // A record and the bytes it names; no record when there is none, or its value lies outside.
 struct StoredValue {
   StoreRecord* record = nullptr;
