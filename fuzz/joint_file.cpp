@@ -11,12 +11,20 @@ using fuzzing::text_of;
 
 constexpr char kFile[] = "/tmp/.var/joint.cache";
 
-bool there(const std::string& object, const std::string& event, const std::string& target) {
+struct Targets {
+  int count;   // of all targets of the event
+  bool whole;  // this one is among them, as it is made
+};
+
+// A target with any other value is put right by being made.
+Targets targets_of(const std::string& object, const std::string& event, const std::string& name) {
   const OwnedTalk events(JointList(object.c_str()));
-  if (!events || !VesselCheck(events.get())) return false;
-  axp_t* const targets = VesselFind(events.get(), event.c_str());
-  if (!targets || !AxpGetX(targets) || !VesselCheck(AxpGetX(targets))) return false;
-  return VesselFind(AxpGetX(targets), (target + ".call").c_str()) != nullptr;
+  if (!events || !VesselCheck(events.get())) return {0, false};
+  axp_t* const member = VesselFind(events.get(), event.c_str());
+  talk_t* const targets = member ? AxpGetX(member) : nullptr;
+  if (!targets || !VesselCheck(targets)) return {0, false};
+  const char* const value = VesselGetS(targets, name.c_str());
+  return {VesselCount(targets), value && *value == '\0'};
 }
 
 }  // namespace
@@ -28,12 +36,13 @@ void fuzzing::check(Input input) {
   const std::string target = std::string(ExactText(input.line()).get()).substr(0, 500);
   put_file(kFile, input.rest());
 
-  const bool before = there(object, event, target);
+  const std::string name = target + ".call";
+  const Targets before = targets_of(object, event, name);
   const std::string content = file_content(kFile);
   const int made = JointCreate(object.c_str(), event.c_str(), target.c_str(), "call");
-  REQUIRE(!(before && made));
+  REQUIRE(!(before.whole && made));
   if (made) {
-    REQUIRE(there(object, event, target));
+    REQUIRE(targets_of(object, event, name).whole);
     const OwnedTalk all(JointList(nullptr));
     REQUIRE(text_of(all.get()) == file_content(kFile));
   } else {
@@ -45,7 +54,9 @@ void fuzzing::check(Input input) {
   JointCast(object.c_str(), nullptr, nullptr);
 
   const std::string made_content = file_content(kFile);
+  const int count = targets_of(object, event, name).count;
   const int gone = JointDelete(object.c_str(), event.c_str(), target.c_str(), "call");
-  if (made) REQUIRE(gone == 1 && !there(object, event, target));
+  if (made) REQUIRE(gone == 1);
+  if (gone) REQUIRE(targets_of(object, event, name).count == count - 1);
   if (!gone) REQUIRE(file_content(kFile) == made_content);
 }
