@@ -40,6 +40,15 @@ constexpr size_t kNumberRegister = 0;
 constexpr size_t kResultRegister = 0;
 #endif
 
+// The test may have handlers that interrupt it.
+pid_t wait_for(pid_t pid, int& status) {
+  pid_t found;
+  do {
+    found = waitpid(pid, &status, __WALL);
+  } while (found < 0 && errno == EINTR);
+  return found;
+}
+
 class Tracer {
  public:
   Tracer(pid_t main, const TracePlan& plan, Traced& seen) : main_(main), plan_(plan), seen_(seen) {}
@@ -68,7 +77,7 @@ class Tracer {
         news.si_code == CLD_EXITED || news.si_code == CLD_KILLED || news.si_code == CLD_DUMPED;
     if (pid == main_ && ended) return false;  // left for whoever waits for the child
     int status = 0;
-    waitpid(pid, &status, __WALL);
+    wait_for(pid, status);
     if (WIFSTOPPED(status))
       stopped(pid, status);
     else
@@ -174,7 +183,7 @@ class Tracer {
   void let_go(pid_t pid) {
     if (pid == main_ || control(PTRACE_INTERRUPT, pid, nullptr, nullptr) != 0) return;
     int status = 0;
-    if (waitpid(pid, &status, __WALL) != pid || !WIFSTOPPED(status)) return;
+    if (wait_for(pid, status) != pid || !WIFSTOPPED(status)) return;
     note_child(pid, status >> 16);
     const bool signalled = status >> 16 == 0 && WSTOPSIG(status) != kCallStop;
     control(PTRACE_DETACH, pid, nullptr,

@@ -1,0 +1,76 @@
+// Stops and resets of a service with each system call failing, the process killed at each, and a
+// signal at each moment.
+#include "faults_support.h"
+
+namespace {
+
+using fairlead_test::Traced;
+using fairlead_test::TracePlan;
+
+class StopFaultsTest : public fairlead_test::ServiceFaultsTest,
+                       public testing::WithParamInterface<bool> {
+ protected:
+  static int stop_it() { return ServiceStop("net"); }
+  static int reset_it() { return ServiceReset("net"); }
+
+  bool resets() const { return GetParam(); }
+
+  // Its end may have been seen by whoever traced the call.
+  static bool is_gone(pid_t daemon) {
+    for (int round = 0; round < 5000; ++round) {
+      waitpid(daemon, nullptr, WNOHANG);
+      if (kill(daemon, 0) != 0) return true;
+      usleep(1000);
+    }
+    return false;
+  }
+
+  Traced ended(const TracePlan& plan, const std::string& what) {
+    const pid_t daemon = start("net");
+    const Traced seen = disturbed(plan, resets() ? reset_it : stop_it, what);
+    const bool done = seen.ended.status == kDone;
+    EXPECT_TRUE(!done || is_gone(daemon)) << what;
+    EXPECT_EQ("null", done && !resets() ? info("net") : "null") << what;
+    expect_one_daemon_or_none(what);
+    return seen;
+  }
+};
+
+TEST_P(StopFaultsTest, every_failing_call_leaves_one_daemon_or_none) {
+  int met = 0;
+  for (int nth = 1;; ++nth) {
+    const int error = error_of(nth);
+    const std::string what =
+        "call " + std::to_string(nth) + " fails with " + strerrorname_np(error);
+    const Traced seen = ended({.nth = nth, .error = error}, what);
+    if (!seen.met && seen.stops < nth) break;
+    EXPECT_EQ(0, seen.ended.signal) << what;
+    met += seen.met;
+  }
+  EXPECT_GT(met, 4);
+}
+
+TEST_P(StopFaultsTest, at_which_the_process_dies_leaves_one_daemon_or_none) {
+  int stop = 1;
+  while (ended({.nth = stop, .signal = SIGKILL}, "killed at stop " + std::to_string(stop)).met)
+    stop += resets() ? 5 : 1;
+  EXPECT_GT(stop, 10);
+}
+
+TEST_P(StopFaultsTest, no_signal_keeps_a_service_from_its_end) {
+  with_each_signal([this](int number) {
+    for (int stop = 1;; stop += resets() ? 23 : 5) {
+      const std::string what = "stop " + std::to_string(stop) + " brings " + sigabbrev_np(number);
+      const Traced seen = ended({.nth = stop, .signal = number, .to_caller = true}, what);
+      EXPECT_EQ(kDone, seen.ended.status) << what << seen.ended.err;
+      if (!seen.met) break;
+    }
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, StopFaultsTest, testing::Bool(),
+                         [](const testing::TestParamInfo<bool>& resets) {
+                           return resets.param ? "reset" : "stop";
+                         });
+
+}  // namespace
