@@ -1,5 +1,6 @@
 // Services stopped, reset and switched off, and their processes found.
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,6 +23,7 @@ using namespace fairlead;
 
 constexpr int kShared = 0;
 constexpr timespec kPause = {0, 10000000};
+constexpr int kLongestRemoval = 1;  // seconds; an emptied record that stays does no harm
 
 struct Demand {
   int signal_number;
@@ -68,10 +70,25 @@ int stop_myself(const char* path) {
   return signal_myself();
 }
 
+// Of those who end a daemon at the same time one at most removes its record: another one could do
+// so between the look at the name and its removal, and a new daemon have its record there by then.
+// The lock is no business of daemons, whose own are of the other kind, and ends with the
+// descriptor.
+bool is_alone_in_removing(int fd) {
+  const Deadline deadline(kLongestRemoval);
+  while (flock(fd, LOCK_EX | LOCK_NB) != 0) {
+    if (errno != EWOULDBLOCK && errno != EINTR) return false;
+    if (deadline.milliseconds_left() == 0) return false;
+    nanosleep(&kPause, nullptr);
+  }
+  return true;
+}
+
 // Unless another process has made a new record of that name meanwhile.
 void remove_record(int fd, const char* path) {
   const ErrnoKeeper keep;
   struct stat own, named;
+  if (!is_alone_in_removing(fd)) return;
   if (fstat(fd, &own) == 0 && stat(path, &named) == 0 && same_file(own, named)) unlink(path);
 }
 

@@ -9,15 +9,21 @@
 
 namespace fairlead_test {
 
+// Whether a process is about to end: its memory has gone already.
+inline bool is_ending(pid_t process) {
+  return file_content("/proc/" + std::to_string(process) + "/cmdline").empty();
+}
+
 // The daemons that run once everybody on the way to them has gone: they run the request tool.
 inline std::set<pid_t> settled() {
   for (;;) {
     std::set<pid_t> daemons;
     bool on_the_way = false;
     for (const auto& [child, description] : take_census().children) {
-      if (description.ends_with("Z"))
-        waitpid(child, nullptr, 0);
-      else if (description.rfind("(he)", 0) == 0)
+      const bool gone = description.ends_with("Z");
+      if (gone) waitpid(child, nullptr, 0);
+      // One that has gone may have left a child of its own that was not looked at yet.
+      if (!gone && description.rfind("(he)", 0) == 0 && !is_ending(child))
         daemons.insert(child);
       else
         on_the_way = true;

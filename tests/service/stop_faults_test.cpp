@@ -4,6 +4,8 @@
 
 namespace {
 
+using fairlead_test::run_traced;
+using fairlead_test::settled;
 using fairlead_test::Traced;
 using fairlead_test::TracePlan;
 
@@ -66,6 +68,26 @@ TEST_P(StopFaultsTest, no_signal_keeps_a_service_from_its_end) {
       if (!seen.met) break;
     }
   });
+}
+
+// Between any two calls of one process another one ends the service and starts it anew. A daemon
+// whose record was removed would run on, and nobody would find it.
+TEST_P(StopFaultsTest, at_the_same_time_as_others_leaves_no_daemon_without_a_record) {
+  int nth = 1;
+  for (int made = nth; made >= nth; nth += resets() ? 7 : 1) {
+    start("net");
+    made = 0;
+    const auto others_meanwhile = [&](const fairlead_test::CallMade&) {
+      if (++made != nth) return;
+      stop_it();
+      ServiceStart("net", "test", "wait", nullptr);
+    };
+    run_traced({.watch = others_meanwhile}, resets() ? reset_it : stop_it, [] { return 0; });
+    const bool found = pid("net") > 0;
+    EXPECT_EQ(found ? 1u : 0u, settled().size()) << "after call " << nth;
+    expect_one_daemon_or_none("after call " + std::to_string(nth));
+  }
+  EXPECT_GT(nth, 10);
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, StopFaultsTest, testing::Bool(),
