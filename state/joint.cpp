@@ -88,7 +88,7 @@ class NestedCast {
  public:
   explicit NestedCast(const char* object) {
     if (casts.depth == 0) casts.given_up_in = 0;
-    if (casts.given_up_in == getpid()) return;
+    if (casts.given_up_in != 0 && casts.given_up_in == getpid()) return;
     if (casts.depth == kDeepestCast) {
       casts.given_up_in = getpid();
       LogWrite(kError, kSource, __LINE__, "casts of %s are nested too deep", object);
