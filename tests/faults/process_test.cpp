@@ -21,7 +21,7 @@ class ProcessTest : public FaultsTest {
     const rlimit none = {1, 1};
     if (setrlimit(RLIMIT_NPROC, &none) == 0 && refuses_children()) return true;
     constexpr unsigned kClone3 = 435;
-    return misc_test::forbid({SYS_clone, SYS_fork, SYS_vfork, kClone3}, EAGAIN) &&
+    return misc_test::forbid({SYS_clone, SYS_fork, kVforkCall, kClone3}, EAGAIN) &&
            refuses_children();
   }
 

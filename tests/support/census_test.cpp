@@ -88,7 +88,7 @@ TEST_F(CensusTest, a_reaped_child_is_none) {
 }
 
 TEST_F(CensusTest, a_blocked_signal_is_noticed) {
-  expect_noticed("signal 10 is blocked", [] {
+  expect_noticed("signal " + std::to_string(SIGUSR1) + " is blocked", [] {
     sigset_t set;
     sigemptyset(&set);
     sigaddset(&set, SIGUSR1);
@@ -97,7 +97,7 @@ TEST_F(CensusTest, a_blocked_signal_is_noticed) {
 }
 
 TEST_F(CensusTest, an_ignored_signal_is_noticed) {
-  expect_noticed("handler of signal 12", [] { signal(SIGUSR2, SIG_IGN); });
+  expect_noticed("handler of signal " + std::to_string(SIGUSR2), [] { signal(SIGUSR2, SIG_IGN); });
 }
 
 TEST_F(CensusTest, another_handler_flag_or_mask_is_noticed) {

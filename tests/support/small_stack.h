@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <algorithm>
+#include <climits>
 #include <cstddef>
 
 namespace fairlead_test {
@@ -14,7 +16,8 @@ template <class Action>
 void run_on_small_stack(size_t kib, Action action) {
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
-  ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, kib * 1024));
+  const size_t size = std::max(kib * 1024, static_cast<size_t>(PTHREAD_STACK_MIN));
+  ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, size));
   pthread_t thread;
   const auto start = [](void* argument) -> void* {
     (*static_cast<Action*>(argument))();

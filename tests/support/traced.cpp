@@ -231,7 +231,7 @@ bool may_fail(long number, int error) {
 #endif
   if (is_one_of(number, {SYS_wait4, SYS_waitid, SYS_nanosleep, SYS_clock_nanosleep}))
     return error == EINTR;
-  if (is_one_of(number, {SYS_clone, SYS_fork, SYS_vfork, SYS_mmap}))
+  if (is_one_of(number, {SYS_clone, SYS_fork, kVforkCall, SYS_mmap}))
     return error == ENOMEM || error == EAGAIN;
   if (is_one_of(number, {SYS_close, SYS_kill})) return error == EINTR || error == EIO;
   return true;

@@ -2,6 +2,8 @@
 // the border of the kernel, so that calls from inside the C library count as well.
 #pragma once
 
+#include <sys/syscall.h>
+
 #include <cstdint>
 #include <functional>
 
@@ -33,6 +35,13 @@ struct Traced {
   long number = -1;  // the call that was met
   Ended ended;       // of the action's process
 };
+
+// Not every processor has a call of its own for it.
+#ifdef SYS_vfork
+inline constexpr int kVforkCall = SYS_vfork;
+#else
+inline constexpr int kVforkCall = SYS_fork;
+#endif
 
 // Whether calls can be made to fail here.
 bool can_trace();
