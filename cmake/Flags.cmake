@@ -34,6 +34,15 @@ target_compile_options(fairlead_libc_only INTERFACE
 # one anew, which makes an isolated call 12 percent dearer, and the library is 5 KB smaller.
 target_link_options(fairlead_libc_only INTERFACE -static-libgcc LINKER:--as-needed LINKER:-z,relro LINKER:-z,now
   LINKER:-Bsymbolic-functions)
+set(FAIRLEAD_SIZE_FLAGS "" CACHE STRING "Further compiler options for what ships")
+target_compile_options(fairlead_libc_only INTERFACE ${FAIRLEAD_SIZE_FLAGS})
+target_link_options(fairlead_libc_only INTERFACE ${FAIRLEAD_SIZE_FLAGS})
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^mips")
+  # Pages of these boards have 4 KB: ld would pad for 64. What it can make read-only at the start is no more than 136 bytes,
+  # the GOT not among them, and would cost a page. Procedure descriptors, which strip leaves, are read by nobody.
+  target_compile_options(fairlead_libc_only INTERFACE -Wa,-mno-pdr)
+  target_link_options(fairlead_libc_only INTERFACE LINKER:-z,max-page-size=4096 LINKER:-z,norelro)
+endif()
 if(NOT (FAIRLEAD_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang"))
   target_link_options(fairlead_libc_only INTERFACE LINKER:-z,defs)
 endif()

@@ -1,4 +1,5 @@
-# packages.sh - sourced by the commands that need Debian packages: need_packages NAME... installs what is missing.
+# packages.sh - sourced by the commands that need Debian packages: need_packages NAME... installs what is missing
+# and removes nothing: g++-multilib, for one, does not go with the compilers for MIPS.
 
 as_root() {
   if [ "$(id -u)" = 0 ]; then "$@"; elif command -v sudo >/dev/null; then sudo "$@"; else return 1; fi
@@ -14,7 +15,7 @@ need_packages() {
   local log
   log=$(mktemp)
   if ! { as_root apt-get update -qq &&
-         as_root env DEBIAN_FRONTEND=noninteractive apt-get install -qq -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1
+         as_root env DEBIAN_FRONTEND=noninteractive apt-get install -qq -y --no-remove --no-install-recommends "${missing[@]}"; } >"$log" 2>&1
   then
     tail -n 5 "$log" >&2
     rm -f "$log"
