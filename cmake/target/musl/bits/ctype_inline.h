@@ -1,0 +1,1 @@
+/* ctype_inline.h - in place of the one for glibc: nothing. */
