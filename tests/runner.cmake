@@ -1,10 +1,11 @@
 # How a program of this build is run: here, or as another architecture's, inside the private device root.
 set(FAIRLEAD_RUNNER "" CACHE STRING "Command that lets programs of another architecture start here")
+set(FAIRLEAD_CHECKER "" CACHE STRING "Command that a test program runs under, in the private device root")
 set(DEVICE_ROOT ${PROJECT_SOURCE_DIR}/tools/device-root)
 set(IN_DEVICE_ROOT ${FAIRLEAD_RUNNER} ${DEVICE_ROOT})
 set(TEST_TIMEOUT 120)
-if(FAIRLEAD_RUNNER)
-  set(TEST_TIMEOUT 600)  # emulation takes several times as long
+if(FAIRLEAD_RUNNER OR FAIRLEAD_CHECKER)
+  set(TEST_TIMEOUT 600)  # takes several times as long
 endif()
 
 # device_script(NAME SCRIPT ARG...): a shell script as a test, run inside the private device root; exit 77 means skipped,

@@ -15,7 +15,9 @@
 namespace fairlead_test {
 namespace {
 
-constexpr int kRestorer = 0x04000000;
+// Flags that say nothing: one that the C library sets for itself, and one without effect, which old
+// kernels and emulators keep (SA_INTERRUPT).
+constexpr int kMeaningless = 0x04000000 | 0x20000000;
 
 // Names in a folder of /proc that are numbers; `own` is the descriptor of the listing itself.
 std::set<int> numbers_in(const char* path, int& own) {
@@ -87,9 +89,8 @@ std::map<int, std::string> list_handlers() {
     struct sigaction action;
     if (sigaction(number, nullptr, &action) != 0) continue;
     std::ostringstream text;
-    // The bit that the C library sets for itself says nothing.
     text << reinterpret_cast<void*>(action.sa_handler) << " flags " << std::hex
-         << (action.sa_flags & ~kRestorer) << std::dec << " mask";
+         << (action.sa_flags & ~kMeaningless) << std::dec << " mask";
     for (const int blocked : signals_in(action.sa_mask)) text << " " << blocked;
     found[number] = text.str();
   }
