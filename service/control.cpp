@@ -46,7 +46,8 @@ bool wait_for_end(int fd, int seconds) {
 }
 
 // Ends the record's daemon. Afterwards this process has the record, so that none is started before
-// it lets go of it. False with errno: ESRCH no daemon | that of kill.
+// it lets go of it, unless one was started in time every time. False with errno: ESRCH no daemon |
+// that of kill.
 bool end_daemon(int fd) {
   bool signalled = false;
   for (const Demand& demand : kEscalation) {
@@ -84,11 +85,12 @@ bool is_alone_in_removing(int fd) {
   return true;
 }
 
-// Unless another process has made a new record of that name meanwhile.
+// Unless a daemon holds it even now, one that was started meanwhile as a rule, or another process
+// has made a new record of that name: nobody would find a daemon whose record is removed.
 void remove_record(int fd, const char* path) {
   const ErrnoKeeper keep;
   struct stat own, named;
-  if (!is_alone_in_removing(fd)) return;
+  if (!take_over(fd, 0) || !is_alone_in_removing(fd)) return;
   if (fstat(fd, &own) == 0 && stat(path, &named) == 0 && same_file(own, named)) unlink(path);
 }
 
