@@ -24,7 +24,6 @@ using fairlead::kNameSize;
 using fairlead::OpenStore;
 using fairlead::OwnedTalk;
 using fairlead::StoredValue;
-using fairlead::StoreHeader;
 using fairlead::StoreView;
 
 // The default store, opened by the first call that needs it and kept until the process ends. Not
