@@ -65,9 +65,9 @@ struct ScriptRequest {
 
   // A variable with the text, or none at all when there is no text.
   void put(const char* name, const char* text) const {
-    if (!text)
-      unsetenv(name);
-    else if (setenv(name, text, 1) != 0)
+    // An environment may hold a name twice: setenv changes the first one, a shell takes the last.
+    unsetenv(name);
+    if (text && setenv(name, text, 1) != 0)
       give_up();  // with a part missing, the request would be another one
   }
 

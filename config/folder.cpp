@@ -46,8 +46,8 @@ bool make_levels(const char* path) {
 
 bool make(const char* folder) {
   if (mkdir(folder, kFolderMode) == 0) return true;
-  if (!is_plain(folder)) return make_levels(folder);
-  return system_string("mkdir -p %s", folder) == 0;
+  if (is_plain(folder) && system_string("mkdir -p %s", folder) == 0) return true;
+  return make_levels(folder);  // which also tells why the shell could not
 }
 
 // Every level below the store's root may be new, and a file in it is not on disk before its folder.

@@ -1,6 +1,9 @@
 // The time of day and the time since boot, as text.
 #include "fairlead/misc/clock.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
@@ -47,6 +50,13 @@ char* put_days(uint32_t seconds, char* buffer, int size) {
       .text();
 }
 
+// Everyone may put something there: the shell would write through a link, and wait at a FIFO for a
+// reader.
+void remove_what_is_no_plain_file(const char* path) {
+  struct stat status;
+  if (lstat(path, &status) == 0 && (!S_ISREG(status.st_mode) || status.st_nlink > 1)) unlink(path);
+}
+
 // What the four forms of the uptime do alike.
 char* put_uptime(const char* start, char* buffer, int size, char* (*put)(uint32_t, char*, int)) {
   if (!start || !usable(buffer, size)) return fail<char*>(EINVAL);
@@ -60,6 +70,7 @@ extern "C" {
 
 char* time_getting(char* buffer, int size) {
   if (!usable(buffer, size)) return fail<char*>(EINVAL);
+  remove_what_is_no_plain_file(kNow);
   if (system_string("date +%%H:%%M:%%S:%%m:%%d:%%Y>%s 2>/dev/null", kNow) != 0) return nullptr;
   if (!read_string(kNow, buffer, size)) return nullptr;
   const size_t length = strlen(buffer);

@@ -123,6 +123,46 @@ TEST_F(ProcessTest, without_room_for_another_process_is_told_so) {
   }
 }
 
+TEST_F(ProcessTest, without_room_for_another_process_each_call_gives_its_errno) {
+  put_file("/prj/net/lamp.ash", "#!/bin/sh\ntouch /tmp/ran\n", 0755);
+  const auto ended = run_child([] {
+    if (!forbid_children()) return kNotHere;
+    const Census before = take_census();
+    const auto refused = [](bool failed, const char* call) {
+      EXPECT_TRUE(failed) << call;
+      EXPECT_EQ(EAGAIN, errno) << call;
+      errno = 0;
+      // A refused fork leaves the signal as an isolated call sets it.
+      sigset_t child_end;
+      sigemptyset(&child_end);
+      sigaddset(&child_end, SIGCHLD);
+      sigprocmask(SIG_UNBLOCK, &child_end, nullptr);
+    };
+    char address[20];
+    refused(AdpSecureGet(nullptr, "wan", nullptr, nullptr) == nullptr, "AdpSecureGet");
+    refused(AdpSecureSet(nullptr, "wan", nullptr, "a", nullptr, "1") == 0, "AdpSecureSet");
+    refused(AdpSecureCall(nullptr, "wan", "up", nullptr, nullptr) == nullptr, "AdpSecureCall");
+    refused(AdpGet(nullptr, "net/lamp", nullptr, nullptr) == nullptr, "AdpGet");
+    refused(AdpSet(nullptr, "net/lamp", nullptr, "a", nullptr, "1") == 0, "AdpSet");
+    refused(AdpCallList(nullptr, "net/lamp") == nullptr, "AdpCallList");
+    refused(AdpCall(nullptr, "net/lamp", "up", nullptr, nullptr) == nullptr, "AdpCall");
+    refused(ServiceStart("wan", "net/lamp", "up", nullptr) == -1, "ServiceStart");
+    refused(system_call(5, 1, "true") == -1, "system_call");
+    refused(system_string("true") != 0,
+            "system_string");  // -1, or as if the shell had ended by 127
+    refused(dns2ipstring("host.invalid", address, sizeof address, 5) == nullptr, "dns2ipstring");
+    signal(SIGCHLD, [](int) {});
+    const std::string left = difference(before, take_census());
+    EXPECT_TRUE(left.find("descriptor") == std::string::npos) << left;
+    EXPECT_TRUE(left.find("child") == std::string::npos) << left;
+    return 0;
+  });
+  if (ended.status == kNotHere) GTEST_SKIP() << "processes are not limited here";
+  EXPECT_EQ(0, ended.status) << ended.signal << ended.err;
+  EXPECT_FALSE(exists("/tmp/ran"));
+  EXPECT_FALSE(exists("/tmp/.var/service/wan.spid"));
+}
+
 TEST_F(ProcessTest, without_another_descriptor_is_told_so) {
   for (const Operation& operation : operations()) {
     const Expected expected(operation);

@@ -66,6 +66,15 @@ TEST_F(HostilePlacesTest, of_modems_are_used_as_they_are_or_refused) {
   }
 }
 
+TEST_F(HostilePlacesTest, of_the_time_are_never_written_through) {
+  with_each("/tmp/.now", [](const OddFile& kind) {
+    char text[32];
+    const bool told = time_getting(text, sizeof text) != nullptr;
+    EXPECT_EQ(strstr(kind.name, "folder") == nullptr, told) << kind.name;
+    EXPECT_EQ("precious", file_content("/tmp/precious")) << kind.name;
+  });
+}
+
 TEST_F(HostilePlacesTest, of_the_systems_log_harm_nobody) {
   with_each("/dev/log", [](const OddFile& kind) {
     EXPECT_EQ(1, GlogOpen("test", LOG_MODE_SYSLOG, 7));

@@ -13,7 +13,9 @@ FAIRLEAD_API_BEGIN
 
 /* The local time as "hours:minutes:seconds:month:day:year", such as "07:05:09:12:31:2026", for
  * which size must be 21 at least: a smaller buffer loses one character more than it has to.
- * The command date(1) writes it to /tmp/.now, which is rewritten by each call and stays.
+ * The command date(1) writes it to /tmp/.now, which is rewritten by each call and stays. A link or
+ * any other thing that is no plain file is removed first; who can put one there in that very moment
+ * is not kept from it.
  * Null when the command fails or is missing (errno stays), or when the file can't be read back,
  * with errno as read_string leaves it. */
 char* time_getting(char* buffer, int size);

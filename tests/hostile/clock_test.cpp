@@ -1,0 +1,91 @@
+// A time of day that jumps back and forth while the library waits.
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "hostile/hostile_support.h"
+
+namespace {
+
+bool jumps = false;
+int asked = 0;
+
+int64_t monotonic_milliseconds() {
+  timespec now;
+  syscall(SYS_clock_gettime, CLOCK_MONOTONIC, &now);
+  return now.tv_sec * int64_t{1000} + now.tv_nsec / 1000000;
+}
+
+}  // namespace
+
+// Stands in for the C library's, as the test program is searched first.
+extern "C" int clock_gettime(clockid_t id, timespec* now) {
+  const int result = static_cast<int>(syscall(SYS_clock_gettime, id, now));
+  if (jumps && (id == CLOCK_REALTIME || id == CLOCK_REALTIME_COARSE || id == CLOCK_TAI))
+    now->tv_sec += ++asked % 2 ? 1000000 : -1000000;
+  return result;
+}
+
+namespace {
+
+using namespace fairlead_test;
+
+class HostileClockTest : public DeviceTest {
+ protected:
+  // How long an action takes in a process in which the clock jumps.
+  static int64_t milliseconds_of(const std::function<void()>& action) {
+    jumps = true;
+    const int64_t begin = monotonic_milliseconds();
+    action();
+    jumps = false;
+    return monotonic_milliseconds() - begin;
+  }
+};
+
+TEST_F(HostileClockTest, is_seen_by_who_asks_for_the_time_of_day) {
+  jumps = true;
+  timespec first, second;
+  clock_gettime(CLOCK_REALTIME, &first);
+  clock_gettime(CLOCK_REALTIME, &second);
+  jumps = false;
+  EXPECT_GT(first.tv_sec, second.tv_sec);
+}
+
+TEST_F(HostileClockTest, neither_shortens_nor_lengthens_a_wait) {
+  put_file("/tmp/held", "");
+  put_file("/prj/net/lamp.ash", "#!/bin/sh\nsleep 1\nprintf on >&$pipeid\n", 0755);
+  Gate held, done;
+  Child holder([&] {
+    const int fd = lock_open("/tmp/held", O_RDWR, 0, 0);
+    held.open();
+    done.wait(60000);
+    return lock_close(fd);
+  });
+  ASSERT_TRUE(held.wait());
+  const auto ended = run_watched([] {
+    asked = 0;
+    const int64_t lock = milliseconds_of([] {
+      EXPECT_EQ(-1, lock_open("/tmp/held", O_RDWR, 0, 1));
+      EXPECT_EQ(EBUSY, errno);
+    });
+    const int64_t command = milliseconds_of([] {
+      EXPECT_EQ(-1, system_call(1, 1, "sleep 60"));
+      EXPECT_EQ(ETIMEDOUT, errno);
+    });
+    const int64_t script = milliseconds_of(
+        [] { EXPECT_EQ("on", spelled_and_freed(AdpGet(nullptr, "net/lamp", nullptr, nullptr))); });
+    for (const int64_t taken : {lock, command, script}) {
+      EXPECT_GE(taken, 900);
+      EXPECT_LT(taken, 15000);
+    }
+    EXPECT_EQ(0, asked);
+  });
+  done.open();
+  EXPECT_EQ(0, ended.status) << ended.signal << ended.err;
+  EXPECT_EQ(0, holder.wait().status);
+}
+
+}  // namespace
