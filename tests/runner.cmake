@@ -7,6 +7,10 @@ set(TEST_TIMEOUT 120)
 if(FAIRLEAD_RUNNER OR FAIRLEAD_CHECKER)
   set(TEST_TIMEOUT 600)  # takes several times as long
 endif()
+set(ADOPTING "")
+if(FAIRLEAD_RUNNER)
+  set(ADOPTING ${CMAKE_CURRENT_LIST_DIR}/support/adopting)  # for programs that wait for the end of daemons
+endif()
 
 # device_script(NAME SCRIPT ARG...): a shell script as a test, run inside the private device root; exit 77 means skipped,
 # and the script's output tells why.
