@@ -92,6 +92,7 @@ int DaemonCheck(void);
 /* Ends a service and removes its record. The daemon gets SIGTERM, after 2 seconds another one,
  * after 3 more SIGKILL; each wait is over when the daemon is. After SIGKILL the kernel has 2
  * seconds to end it. A daemon that calls this for itself gets one SIGTERM and is not waited for.
+ * A record that a daemon holds even then, such as one that was started meanwhile, is not removed.
  * Returns 0 when a daemon was found and signalled. -1 with errno: ENOENT no record | ESRCH no
  * daemon, the record is removed | EPERM the daemon must not be signalled by the caller; the record
  * is empty then, so that it is not restarted, but still there | EINVAL, ENAMETOOLONG a bad name. */

@@ -1,5 +1,7 @@
 // Stops and resets of a service with each system call failing, the process killed at each, and a
 // signal at each moment.
+#include <sys/syscall.h>
+
 #include "faults_support.h"
 
 namespace {
@@ -9,12 +11,13 @@ using fairlead_test::settled;
 using fairlead_test::Traced;
 using fairlead_test::TracePlan;
 
-class StopFaultsTest : public fairlead_test::ServiceFaultsTest,
-                       public testing::WithParamInterface<bool> {
- protected:
-  static int stop_it() { return ServiceStop("net"); }
-  static int reset_it() { return ServiceReset("net"); }
+int stop_it() { return ServiceStop("net"); }
+int reset_it() { return ServiceReset("net"); }
 
+class StopTest : public fairlead_test::ServiceFaultsTest {};
+
+class StopFaultsTest : public StopTest, public testing::WithParamInterface<bool> {
+ protected:
   bool resets() const { return GetParam(); }
 
   // Its end may have been seen by whoever traced the call.
@@ -88,6 +91,23 @@ TEST_P(StopFaultsTest, at_the_same_time_as_others_leaves_no_daemon_without_a_rec
     expect_one_daemon_or_none("after call " + std::to_string(nth));
   }
   EXPECT_GT(nth, 10);
+}
+
+// Whenever a daemon is ended another one is started in time, until the stop gives up.
+TEST_F(StopTest, that_always_meets_a_new_daemon_leaves_it_its_record) {
+  start("net");
+  const auto start_another = [](const fairlead_test::CallMade& call) {
+    if (call.number != SYS_kill) return;
+    const auto ended = static_cast<pid_t>(call.arguments[0]);
+    while (pid("net") == ended) usleep(1000);
+    start("net");
+  };
+  const Traced seen = run_traced(
+      {.watch = start_another}, [] { stop_it(); }, [] { return 0; });
+  EXPECT_EQ(0, seen.ended.status);
+  EXPECT_GT(pid("net"), 0);
+  EXPECT_EQ(1u, settled().size());
+  expect_one_daemon_or_none("after all");
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, StopFaultsTest, testing::Bool(),
