@@ -22,6 +22,16 @@ constexpr uint32_t kDefaultThreshold = 6;
 // Written by other processes at the same time.
 int32_t load(const int32_t& shared) { return __atomic_load_n(&shared, __ATOMIC_ACQUIRE); }
 
+// Found by several threads at the same time, all of them the same.
+template <class T>
+T found(const T& shared) {
+  return __atomic_load_n(&shared, __ATOMIC_RELAXED);
+}
+template <class T>
+void note(T& shared, T value) {
+  __atomic_store_n(&shared, value, __ATOMIC_RELAXED);
+}
+
 // Read through its reference at every message, never copied: a change in the value store takes
 // effect at once.
 struct Setting {
@@ -40,17 +50,21 @@ struct Setting {
   // Repeated at every message until the store has the value. A store that has as many values as
   // before is not searched: it has no new name. That brings a filtered message from 29 ns to 5.
   void look_up() {
-    if (!reference && !(store_count && load(*store_count) == missing_at)) search();
+    if (found(reference)) return;
+    const int32_t* count = found(store_count);
+    if (!count || load(*count) != found(missing_at)) search();
   }
 
   // Apart, so that the usual way saves no registers.
   [[gnu::noinline]] void search() {
     const fairlead::ErrnoKeeper keep;
-    store_count = fairlead::default_store_count();
-    missing_at = store_count ? load(*store_count) : 0;
+    const int32_t* count = fairlead::default_store_count();
+    const int32_t now = count ? load(*count) : 0;
     const void* address = GvalueGet(nullptr, name);
-    if (address) missing_at = -1;
-    if (address && GvalueSize(nullptr, name) >= static_cast<int>(sizeof own)) reference = address;
+    note(missing_at, address ? -1 : now);
+    note(store_count, count);
+    if (address && GvalueSize(nullptr, name) >= static_cast<int>(sizeof own))
+      note(reference, address);
   }
 
   void set_or_look_up(uint32_t given) {
@@ -61,14 +75,16 @@ struct Setting {
   }
 
   uint32_t read() const {
-    if (!reference) return fallback;
+    const void* address = found(reference);
+    if (!address) return fallback;
     uint32_t value;
-    memcpy(&value, reference, sizeof value);  // values in the store are not aligned
+    memcpy(&value, address, sizeof value);  // values in the store are not aligned
     return value;
   }
 };
 
-// Set up once by the main program, before threads or children start; not guarded.
+// Set up once by the main program, before threads or children start; not guarded but for what each
+// message looks up.
 struct {
   char* identity;
   char* lent;  // syslog goes on reading the identity it was opened with, until it gets another one

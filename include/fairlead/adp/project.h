@@ -12,9 +12,10 @@
  * function. Documents are new and the caller's (free them with TalkFree). Failures are null, 0 or
  * -1; errno is what the failing step left. Nothing is logged.
  *
- * Threads: the own buffers are shared and not guarded; apart from them every function may be called
- * from any thread. Two changes of the registry at the same time can lose one of them, in threads
- * and in processes alike; a reader always sees a whole file. Fork: safe. */
+ * Threads: the own buffers are shared and not guarded. Changes of the registry (DynAdpCreate,
+ * DynAdpDelete) belong to one thread at a time: file locks do not keep the threads of a process
+ * apart. All the rest may be called from any thread. Two changes by two processes at the same time
+ * can lose one of them; a reader always sees a whole file. Fork: safe. */
 #ifndef FAIRLEAD_ADP_PROJECT_H
 #define FAIRLEAD_ADP_PROJECT_H
 

@@ -5,9 +5,10 @@
  * errno EINVAL means a null argument, a node of the wrong kind or a text that does not parse, and
  * ENOMEM lost memory. Nothing is logged.
  *
- * Threads: safe on different documents. Fork: plain memory and files. Files are read under a shared
- * record lock on the whole file and written under an exclusive one, so that no process reads what
- * another one has half written. */
+ * Threads: safe on different documents and files. Fork: plain memory and files. Files are read
+ * under a shared record lock on the whole file and written under an exclusive one, so that no
+ * process reads what another one has half written. Such locks do not keep the threads of one
+ * process apart: a file that is saved belongs to one thread at a time. */
 #ifndef FAIRLEAD_TALK_TEXT_H
 #define FAIRLEAD_TALK_TEXT_H
 
