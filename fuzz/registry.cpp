@@ -29,7 +29,7 @@ std::string bound(const std::string& object) {
   return file ? file : "<none>";
 }
 
-// Every string of the registry, by the path that leads to it.
+// Every string and object at the top of the registry, by its name.
 void check_found(const OwnedTalk& all) {
   if (!all) return;
   for (axp_t* member = VesselEach(all.get(), nullptr); member;
@@ -37,8 +37,9 @@ void check_found(const OwnedTalk& all) {
     const std::string name = AxpGet(member);
     const OwnedTalk one(DynAdpList(name.c_str()));
     if (VesselFind(all.get(), name.c_str()) != member) continue;
-    const OwnedTalk copy(TalkDup(AxpGetX(member)));
-    if (copy) REQUIRE(one && text_of(one.get()) == text_of(copy.get()));
+    talk_t* const value = AxpGetX(member);
+    if (!VesselCheck(value) && !RenderCheck(value)) continue;
+    REQUIRE(one && text_of(one.get()) == text_of(value));
   }
 }
 
