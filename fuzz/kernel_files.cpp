@@ -122,10 +122,12 @@ void read_traffic(const char* name, const std::string& content) {
   REQUIRE(told == (expected.empty() ? Counters(8, -77) : expected));
 }
 
+// Its bytes as they lie in memory.
 std::string dotted(uint32_t address) {
-  std::string text;
-  for (int i = 0; i < 4; ++i, address >>= 8)
-    text += (i ? "." : "") + std::to_string(address & 0xff);
+  unsigned char bytes[4];
+  memcpy(bytes, &address, sizeof bytes);
+  std::string text = std::to_string(bytes[0]);
+  for (int i = 1; i < 4; ++i) text += '.' + std::to_string(bytes[i]);
   return text;
 }
 
