@@ -45,7 +45,7 @@ class TextOutput {
   // Always leaves a byte, so that there is a block even for an empty piece.
   bool reserve(size_t size) { return size < static_cast<size_t>(end_ - at_) || grow(size + 1); }
 
-  bool grow(size_t more) {
+  [[gnu::noinline]] bool grow(size_t more) {
     if (failed_) return false;
     // A copy, so that this object's members can live in registers.
     json_buffer_t buffer{begin_, static_cast<size_t>(at_ - begin_),

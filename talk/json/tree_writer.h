@@ -7,6 +7,10 @@
 
 namespace fairlead {
 
+inline const char* literal(uint32_t kind) {
+  return kind == JSON_TRUE ? "true" : kind == JSON_FALSE ? "false" : "null";
+}
+
 // What stands at a node before its children. `inner` is set to the first child that follows.
 template <class Output>
 json_error write_begin(const json_t* node, Output& output, const json_t*& inner) {
@@ -18,28 +22,16 @@ json_error write_begin(const json_t* node, Output& output, const json_t*& inner)
     inner = node->child;
     return inner ? JSON_DONE : JSON_BAD_STRUCTURE;
   }
-  switch (node->type) {
-    case JSON_NUMBER:
-      if (!node->text) return JSON_BAD_STRUCTURE;
-      output.add(node->text);
-      return JSON_DONE;
-    case JSON_OBJECT:
-    case JSON_ARRAY:
-      output.put(node->type == JSON_OBJECT ? '{' : '[');
-      inner = node->child;
-      return JSON_DONE;
-    case JSON_TRUE:
-      output.add("true");
-      return JSON_DONE;
-    case JSON_FALSE:
-      output.add("false");
-      return JSON_DONE;
-    case JSON_NULL:
-      output.add("null");
-      return JSON_DONE;
-    default:
-      return JSON_INTERNAL;
+  if (node->type == JSON_OBJECT || node->type == JSON_ARRAY) {
+    output.put(node->type == JSON_OBJECT ? '{' : '[');
+    inner = node->child;
+    return JSON_DONE;
   }
+  if (node->type > JSON_NULL) return JSON_INTERNAL;
+  const char* const text = node->type == JSON_NUMBER ? node->text : literal(node->type);
+  if (!text) return JSON_BAD_STRUCTURE;
+  output.add(text);
+  return JSON_DONE;
 }
 
 // `output` has put(char), add(text) and quoted(text), and remembers by itself when one has failed.
