@@ -90,6 +90,15 @@ std::string bindings() { return spelled_and_freed(DynAdpList(nullptr)); }
 void tied() { put_file("/tmp/.var/joint.cache", R"({"wan":{"up":{"dns.restart":""}}})"); }
 int tie() { return JointCreate("wan", "up", "lan", "refresh"); }
 int untie() { return JointDelete("wan", "up", "dns", "restart"); }
+// Nothing is told by the call.
+void tied_to_lamp() {
+  project();
+  put_file("/tmp/.var/joint.cache", R"({"wan":{"up":{"net/lamp.blink":""}}})");
+}
+int cast() {
+  JointCast("wan", "up", nullptr);
+  return 1;
+}
 std::string joints() { return spelled_and_freed(JointList(nullptr)); }
 
 // Whether a file could be copied is not told by the call.
@@ -150,6 +159,7 @@ const std::vector<Operation>& operations() {
       {"tie an event", tied, tie, joints},
       {"tie the first event", no_wan, tie, joints},
       {"untie an event", tied, untie, joints},
+      {"cast an event", tied_to_lamp, cast, joints, false, true},
       {"install", defaults, install, installed},
       {"set a value", no_wan, set_value, value},
       {"write a small file", no_wan, write_small, small},
