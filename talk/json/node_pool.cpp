@@ -5,11 +5,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "base/fail.h"
-
 namespace {
-
-using fairlead::NodeSlab;
 
 constexpr uint32_t kFilling = uint32_t{1} << 31;
 

@@ -1,4 +1,5 @@
-/* layout.c - files that other processes and other builds read: byte for byte as they always were. */
+/* layout.c - files that other processes and other builds read: byte for byte as they always were.
+ */
 #include <stdint.h>
 #include <stdlib.h>
 
