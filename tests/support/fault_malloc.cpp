@@ -1,6 +1,8 @@
 // The allocator's stand-ins. Blocks come from the real allocator and are freed by it; under the
 // address sanitizer that is the sanitizer's own, so a block lost on the way out of a failure is
 // reported.
+#include <dlfcn.h>
+
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
@@ -8,17 +10,31 @@
 
 #include "support/faults.h"
 
-#ifdef REAL_ALLOCATOR_IS_SANITIZER
+#if defined REAL_ALLOCATOR_IS_SANITIZER
 #define REAL(name) __interceptor_##name
+#elif defined REAL_ALLOCATOR_IS_VALGRIND
+#define REAL(name) next_##name
 #else
 #define REAL(name) __libc_##name
 #endif
 
 extern "C" {
 
+#ifdef REAL_ALLOCATOR_IS_VALGRIND
+// It takes over what is called by the C library's public names, and nothing else.
+#define FIND_NEXT(result, name, parameters, arguments)                                         \
+  static result REAL(name) parameters {                                                        \
+    static const auto found = reinterpret_cast<result(*) parameters>(dlsym(RTLD_NEXT, #name)); \
+    return found arguments;                                                                    \
+  }
+FIND_NEXT(void*, malloc, (size_t size), (size))
+FIND_NEXT(void*, calloc, (size_t count, size_t size), (count, size))
+FIND_NEXT(void*, realloc, (void* block, size_t size), (block, size))
+#else
 void* REAL(malloc)(size_t size);
 void* REAL(calloc)(size_t count, size_t size);
 void* REAL(realloc)(void* block, size_t size);
+#endif
 
 void* malloc(size_t size) {
   if (fairlead_test::judge(fairlead_test::Call::kMalloc).fails) return nullptr;
