@@ -1,4 +1,5 @@
 // Comparing documents, whatever the order of their members.
+#include <cstdint>
 #include <cstring>
 
 #include "fairlead/talk/edit.h"
@@ -41,8 +42,28 @@ const axp_t* member_above(const talk_t* value) {
   return node;
 }
 
+// A mark for each level of objects around the present one; the deepest are always marked.
+class LevelMarks {
+ public:
+  bool marked() const { return depth_ >= kLevels || (bits_ >> depth_ & 1) != 0; }
+  void mark() {
+    if (depth_ < kLevels) bits_ |= uint32_t{1} << depth_;
+  }
+  void enter() {
+    ++depth_;
+    if (depth_ < kLevels) bits_ &= ~(uint32_t{1} << depth_);
+  }
+  void leave() { --depth_; }
+
+ private:
+  static constexpr size_t kLevels = 32;
+  size_t depth_ = 0;
+  uint32_t bits_ = 0;
+};
+
 // Two objects at a time, in two rounds: each member of the first object against the other's first
-// namesake, then those of the other that the first round has not met. The way back from inner
+// namesake, then those of the other that the first round has not met. There are none when it has
+// met them one after the other, as in most documents that are equal. The way back from inner
 // objects is found by the parent links, not on the stack.
 class Comparison {
  public:
@@ -52,8 +73,9 @@ class Comparison {
     while (true) {
       if (member_) {
         if (!compare(*member_)) return false;
-      } else if (!second_round_) {
+      } else if (!second_round_ && !met_all()) {
         second_round_ = true;
+        disorder_.mark();
         member_ = b_->child;
       } else if (a_ == top_a_ && b_ == top_b_) {
         return true;
@@ -71,6 +93,7 @@ class Comparison {
     if (!name) return false;
     const axp_t* const first_a = second_round_ ? index_.find(a_, name) : &member;
     const axp_t* const first_b = index_.find(b_, name);
+    if (!second_round_) meet(first_b);
     if (second_round_ && first_a && first_b == &member) return true;  // the first round's pair
 
     const talk_t* a = value_of(first_a);
@@ -80,11 +103,21 @@ class Comparison {
     return verdict != Verdict::kUnequal;
   }
 
+  // The first round has come to this member of b.
+  void meet(const axp_t* member_b) {
+    if (member_b != to_meet_) disorder_.mark();
+    to_meet_ = member_b ? member_b->next : nullptr;
+  }
+
+  bool met_all() const { return !to_meet_ && !disorder_.marked(); }
+
   void enter(const vessel_t* a, const vessel_t* b) {
     a_ = a;
     b_ = b;
     member_ = a->child;
     second_round_ = false;
+    to_meet_ = b->child;
+    disorder_.enter();
   }
 
   // Back to the members under which the two objects lie. Only the second round compares a member
@@ -94,8 +127,10 @@ class Comparison {
     const axp_t* const member_b = member_above(b_);
     a_ = member_a->parent;
     b_ = member_b->parent;
-    second_round_ = index_.find(b_, member_b->text) != member_b;
+    disorder_.leave();
+    second_round_ = disorder_.marked() && index_.find(b_, member_b->text) != member_b;
     member_ = (second_round_ ? member_b : member_a)->next;
+    to_meet_ = member_b->next;
   }
 
   fairlead::NameIndex index_;
@@ -103,7 +138,9 @@ class Comparison {
   const vessel_t* const top_b_;
   const vessel_t* a_ = nullptr;
   const vessel_t* b_ = nullptr;
-  const axp_t* member_ = nullptr;  // the next one to compare, of a or in the second round of b
+  const axp_t* member_ = nullptr;   // the next one to compare, of a or in the second round of b
+  const axp_t* to_meet_ = nullptr;  // of b, if the first round meets its members in order
+  LevelMarks disorder_;             // where it does not, and where the second round has begun
   bool second_round_ = false;
 };
 

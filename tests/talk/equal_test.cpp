@@ -148,6 +148,27 @@ TEST_F(EqualTest, random_documents_compare_as_step_by_step) {
   EXPECT_LT(100, found_equal) << "both answers must have been met";
 }
 
+// Below some depth the comparison remembers less of the order that it has met.
+TEST_F(EqualTest, members_around_a_deep_document_are_compared_at_every_level) {
+  const auto nested = [](size_t levels, size_t odd, const std::string& before,
+                         const std::string& after) {
+    std::string text = "{}";
+    for (size_t level = 0; level < levels; ++level)
+      text = level == odd ? "{" + before + "\"in\":" + text + after + "}"
+                          : "{\"p\":\"1\",\"in\":" + text + ",\"q\":\"2\"}";
+    return text;
+  };
+  const std::string plain = nested(70, 70, "", "");
+  for (size_t odd = 0; odd < 70; ++odd) {
+    EXPECT_TRUE(equal(plain, nested(70, odd, R"("q":"2","p":"1",)", ""))) << odd;
+    EXPECT_TRUE(equal(plain, nested(70, odd, R"("p":"1",)", R"(,"q":"2")"))) << odd;
+    EXPECT_FALSE(equal(plain, nested(70, odd, R"("p":"1",)", R"(,"q":"3")"))) << odd;
+    EXPECT_FALSE(equal(plain, nested(70, odd, R"("p":"1",)", R"(,"q":"2","r":"3")"))) << odd;
+    EXPECT_FALSE(equal(plain, nested(70, odd, R"("p":"1",)", ""))) << odd;
+    EXPECT_FALSE(equal(plain, nested(70, odd, R"("p":"1",)", R"(,"q":"2","p":"3")"))) << odd;
+  }
+}
+
 TEST_F(EqualTest, large_documents_compare_in_any_order) {
   OwnedTalk a = wide_document(0, 2000);
   OwnedTalk b = wide_document(1000, 1000);
