@@ -100,16 +100,18 @@ TEST_F(OwnTest, a_child_of_a_daemon_is_not_the_daemon) {
 // It has inherited the record's descriptor, which the new daemon must not have: closed by the start
 // of the program, it would release the lock.
 TEST_F(OwnTest, a_child_that_outlives_its_daemon_can_bring_it_back) {
-  Gate gone, checked;
+  Gate born, gone, checked;
   Child daemon([&] {
     enter();
     if (fork() != 0) return pause();
+    born.open();
     gone.wait();
     DaemonCheck();
     checked.open();
     _exit(0);
   });
-  while (pid("wan") != daemon.pid()) usleep(1000);
+  ASSERT_TRUE(born.wait());
+  EXPECT_EQ(daemon.pid(), pid("wan"));
   daemon.send(SIGKILL);
   daemon.wait();
   EXPECT_EQ(-1, pid("wan"));
