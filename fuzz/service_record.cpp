@@ -20,7 +20,7 @@ std::string field(const std::string& record, size_t at, size_t most) {
   return bytes.substr(0, std::min(bytes.find('\0'), bytes.size()));
 }
 
-// Only strings and objects have a place in the description.
+// Each parameter that can be read has its place in the description, whatever it holds.
 void check_parameters(talk_t* info, const std::string& text) {
   fuzzing::ExactText work(text);
   param_t parameters = {};
@@ -30,9 +30,7 @@ void check_parameters(talk_t* info, const std::string& text) {
     talk_t* const parameter = i <= count ? ParamGetT(&parameters, i) : nullptr;
     axp_t* const told = VesselFind(info, name.c_str());
     REQUIRE(!told == !parameter);
-    if (!told) continue;
-    const OwnedTalk copy(TalkDup(parameter));
-    REQUIRE(text_of(AxpGetX(told)) == text_of(copy.get()));
+    if (told) REQUIRE(text_of(AxpGetX(told)) == text_of(parameter));
   }
   ParamClear(&parameters);
 }

@@ -44,6 +44,12 @@ TEST_F(StatusTest, parameters_are_numbered_from_one) {
 TEST_F(StatusTest, a_parameter_that_is_an_object_is_shown_as_one) {
   EXPECT_EQ(R"(,"parameter1":{"a":"1","b":{"c":"2"}},"parameter2":"x"})",
             info_of(R"({"a":"1","b":{"c":"2"}},x)"));
+  EXPECT_EQ(R"(,"parameter1":{"n":21,"l":[1,true]}})", info_of(R"({"n": 21, "l": [1, true]})"));
+}
+
+TEST_F(StatusTest, what_follows_an_object_behind_a_comma_is_the_next_parameter) {
+  EXPECT_EQ(R"(,"parameter1":{"x":21},"parameter3":"1][","parameter4":"2},,1][,2"})",
+            info_of(R"({"x": 21},,1][,2},,1][,2)"));
 }
 
 TEST_F(StatusTest, a_parameter_without_a_value_is_left_out) {
