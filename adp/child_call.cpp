@@ -91,11 +91,15 @@ bool died(const ChildCall& call, pid_t child) {
   return true;
 }
 
+void bring_back_pending(const ChildSignals& signals) {
+  if (signals.was_pending) kill(getpid(), SIGCHLD);
+}
+
 // Closes the call in the parent. False: a signal ended the child.
 bool finish(const ChildCall& call, const ChildSignals& signals, pid_t child, int32_t reaped) {
   const ErrnoKeeper keep;
   put_back(call, signals);
-  if (signals.was_pending) kill(getpid(), SIGCHLD);
+  bring_back_pending(signals);
   return reaped == 0 ? !died(call, child) : reaped > 0;
 }
 
@@ -124,6 +128,7 @@ talk_t* call_child(const ChildCall& call, ChildBody body, const void* request) {
   if (child < 0) {
     LogWrite(kErrorWithErrno, call.source, __LINE__, "vfork error for %s( %s )", call.function,
              call.subject);
+    bring_back_pending(signals);
     return nullptr;
   }
   if (child == 0) serve(call, signals, parent_end, child_end.get(), body, request);

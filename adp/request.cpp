@@ -42,20 +42,22 @@ bool list(const char* object, talk_t** out) {
   }
 }
 
-int32_t set(const RequestRoad& road, const RequestTarget& target, uii_t* identifier, talk_t** out) {
-  talk_t* value = UiiValueTalk(identifier);
-  // No value deletes, but memory that ran out must not.
-  if (value || errno != ENOMEM) return answer_set(road, target, value, out);
-  *out = TALK_FAILED;
-  return -1;
-}
-
-int32_t merge(const RequestRoad& road, const RequestTarget& target, uii_t* identifier,
-              talk_t** out) {
-  talk_t* value = UiiValueTalk(identifier);
+int32_t merge(const RequestRoad& road, const RequestTarget& target, talk_t* value, talk_t** out) {
   if (value) return answer_merge(road, target, value, out);
   *out = road.empty_merge_is_done ? TALK_DONE : nullptr;
   return road.empty_merge_is_done ? 1 : -1;
+}
+
+int32_t write(const RequestRoad& road, const RequestTarget& target, uii_t* identifier,
+              talk_t** out) {
+  talk_t* value = UiiValueTalk(identifier);
+  // Lost memory is no empty value, which would delete or count as done.
+  if (!value && errno == ENOMEM) {
+    *out = TALK_FAILED;
+    return -1;
+  }
+  return identifier->kind == kSetKind ? answer_set(road, target, value, out)
+                                      : merge(road, target, value, out);
 }
 
 int32_t serve(const RequestRoad& road, uii_t* identifier, talk_t** out) {
@@ -65,9 +67,8 @@ int32_t serve(const RequestRoad& road, uii_t* identifier, talk_t** out) {
 
   slash_t* path = UiiConfigCount(identifier) > 0 ? &identifier->config : nullptr;
   const RequestTarget target = {&identifier->object, nullptr, path, nullptr};
-  if (identifier->kind == kSetKind) return set(road, target, identifier, out);
-  if (identifier->kind == kMergeKind) return merge(road, target, identifier, out);
-  return answer_read(road, target, out);
+  const bool writes = identifier->kind == kSetKind || identifier->kind == kMergeKind;
+  return writes ? write(road, target, identifier, out) : answer_read(road, target, out);
 }
 
 }  // namespace

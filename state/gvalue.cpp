@@ -128,7 +128,7 @@ const int32_t* fairlead::default_store_count() {
 }
 
 extern "C" int GvalueSet(gvalue_t* gvalue, const char* name, const void* value, int size) {
-  if (!name || !value || size < 1) return fail<int>(EINVAL);
+  if (!name || !value || size < 0) return fail<int>(EINVAL);
   const OpenStore* const store = resolve(gvalue);
   if (!store) return 0;
   if (!store->writable) return fail<int>(EACCES);

@@ -147,6 +147,7 @@ TEST_F(IsolatedTest, the_child_has_its_end_of_the_channel_and_nothing_else_more)
     more.erase(at, entry.size() + 1);
   }
   EXPECT_NE(std::string::npos, more.find("=socket:")) << more;
+  EXPECT_NE(std::string::npos, more.find("], closed by exec ")) << more;
   EXPECT_EQ(1, std::count(more.begin(), more.end(), '=')) << more;
 }
 
@@ -160,6 +161,67 @@ TEST_F(IsolatedTest, the_childs_syslog_name_is_the_object) {
             line.find("daemon.warn net/probe: AdpSecureGet( net/probe ) return wrong"))
       << line;
   GlogClose();
+}
+
+TEST_F(IsolatedTest, each_childs_syslog_name_is_its_request) {
+  put_file("/prj/net/bad.adp", "text");
+  fairlead_test::Syslog daemon;
+  GlogOpen("test", LOG_MODE_SYSLOG, 7);
+  const auto told_by = [&](const std::string& name) {
+    return daemon.wait_for("daemon.err " + name + ": cannot load the file(/prj/net/bad.adp)") != "";
+  };
+  EXPECT_EQ(0, AdpSecureSet(nullptr, "net/bad", nullptr, nullptr, nullptr, "1"));
+  EXPECT_TRUE(told_by("net/bad"));
+  EXPECT_EQ(nullptr, AdpSecureCall(nullptr, "net/bad", "dial", nullptr, nullptr));
+  EXPECT_TRUE(told_by("net/bad.dial"));
+  GlogClose();
+}
+
+TEST_F(IsolatedTest, a_record_names_the_object_in_messages) {
+  answer_with("crash");
+  char text[] = "//net//probe/";
+  slash_t object;
+  ASSERT_EQ(1, SlashAnalysis(&object, text));
+  const std::string log =
+      logged([&] { EXPECT_EQ(nullptr, AdpSecureGet(&object, "other", nullptr, nullptr)); });
+  EXPECT_NE(std::string::npos, log.find("net/probe")) << log;
+  EXPECT_EQ(std::string::npos, log.find("other")) << log;
+  SlashClear(&object);
+}
+
+// Its parent never asks for the status, a SIGCHLD handler or a tracer may.
+TEST_F(IsolatedTest, the_child_ends_with_0_or_127_when_its_answer_could_not_be_written) {
+  const auto end_of_child = [](int lost_writes) {
+    return run_child([lost_writes] {
+             Fault nobody_waits(Call::kWaitpid,
+                                {.error = ECHILD, .times = fairlead_test::kForever});
+             Fault write(Call::kWrite, {.nth = lost_writes, .error = EIO});
+             call("string");
+             write.disarm();
+             nobody_waits.disarm();
+             int status = 0;
+             EXPECT_GT(waitpid(-1, &status, 0), 0);
+             return WIFEXITED(status) ? WEXITSTATUS(status) : 255;
+           })
+        .status;
+  };
+  EXPECT_EQ(0, end_of_child(0));
+  EXPECT_EQ(127, end_of_child(1));
+}
+
+TEST_F(IsolatedTest, a_failed_fork_leaves_a_pending_sigchld_pending) {
+  const auto ended = run_child([] {
+    sigset_t blocked, pending;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGCHLD);
+    sigprocmask(SIG_BLOCK, &blocked, nullptr);
+    raise(SIGCHLD);
+    Fault fault(Call::kFork, {.error = EAGAIN});
+    EXPECT_EQ("null", call("done"));
+    sigpending(&pending);
+    EXPECT_EQ(1, sigismember(&pending, SIGCHLD));
+  });
+  EXPECT_EQ(0, ended.status);
 }
 
 TEST_F(IsolatedTest, failed_preparations_are_logged) {

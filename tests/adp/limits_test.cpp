@@ -183,20 +183,22 @@ TEST_F(LimitsTest, lost_memory_fails_a_call_when_its_report_is_filtered_out) {
 TEST_F(LimitsTest, a_merge_is_written_whole_or_not_at_all) {
   const std::string before = "{\"a\":\"1\",\"b\":\"1\"}", after = "{\"a\":\"2\",\"b\":\"2\"}";
   put_file("/etc/config/net.cfg", before);
-  const int failures = each_lost_allocation(
-      [&](Fault& fault) {
-        uii_t* identifier = UiiCreate("net|{\"a\":\"2\",\"b\":\"2\"}");
-        talk_t* out = nullptr;
-        const int32_t status = identifier ? He(identifier, &out) : -1;
-        fault.disarm();
-        UiiFree(identifier);
-        return status == 1 ? 1 : 2;
-      },
-      [&](const Ended&, int status) {
-        EXPECT_EQ(status == 1 ? after : before, file_content("/etc/config/net.cfg")) << status;
-        put_file("/etc/config/net.cfg", before);
-      });
-  EXPECT_GT(failures, 5);
+  for (const auto road : {He, SecureHe}) {
+    const int failures = each_lost_allocation(
+        [&](Fault& fault) {
+          uii_t* identifier = UiiCreate("net|{\"a\":\"2\",\"b\":\"2\"}");
+          talk_t* out = nullptr;
+          const int32_t status = identifier ? road(identifier, &out) : -1;
+          fault.disarm();
+          UiiFree(identifier);
+          return status == 1 ? 1 : 2;
+        },
+        [&](const Ended&, int status) {
+          EXPECT_EQ(status == 1 ? after : before, file_content("/etc/config/net.cfg")) << status;
+          put_file("/etc/config/net.cfg", before);
+        });
+    EXPECT_GT(failures, 5);
+  }
 }
 
 TEST_F(LimitsTest, a_request_is_made_with_all_of_its_parameters_or_not_at_all) {

@@ -1,6 +1,7 @@
 // Whole requests, in the caller's process and isolated: both roads give the same, but for one wart.
 #include "fairlead/adp/request.h"
 
+#include <dlfcn.h>
 #include <sys/stat.h>
 
 #include "adp/adp_support.h"
@@ -245,6 +246,57 @@ INSTANTIATE_TEST_SUITE_P(Roads, RequestTest,
                          testing::Values(Road{"in_process", He, TalkHe},
                                          Road{"isolated", SecureHe, SecureTalkHe}),
                          [](const auto& instance) { return std::string(instance.param.name); });
+
+class SecureRequestTest : public fairlead_test::AdapterTest {
+ protected:
+  void SetUp() override {
+    AdapterTest::SetUp();
+    install("probe", "net/probe");
+  }
+
+  // The answer to an identifier, asked for by SecureHe or as a document by SecureTalkHe.
+  static std::string answer(const char* text, bool as_document) {
+    talk_t* out = nullptr;
+    if (as_document) {
+      talk_t* request = StringTalk(text);
+      SecureTalkHe(request, &out);
+      TalkFree(request);
+    } else {
+      uii_t* identifier = UiiCreate(text);
+      SecureHe(identifier, &out);
+      UiiFree(identifier);
+    }
+    return spelled(out);
+  }
+};
+
+TEST_F(SecureRequestTest, a_crashing_adapter_costs_the_request_and_not_its_caller) {
+  answer_with("crash");
+  logged([] {
+    EXPECT_EQ("null", answer("net/probe", false));
+    EXPECT_EQ("null", answer("net/probe.misbehave[segv]", false));
+    EXPECT_EQ("null", answer("net/probe", true));
+    EXPECT_EQ("null", answer("{\"adp\":\"net/probe\"}", true));
+    EXPECT_EQ("null", answer("{\"adp\":\"net/probe\",\"op\":\"misbehave\",\"1\":\"segv\"}", true));
+  });
+}
+
+// The module counts its sets in memory, and what a child counts is lost with it.
+TEST_F(SecureRequestTest, sets_are_made_by_a_child_and_listings_by_the_caller) {
+  EXPECT_EQ(0U, answer("net/probe.", false).find("{\"echo\":"));
+  adp_t* adp = AdpFileOpen(nullptr, "net/probe");
+  ASSERT_NE(nullptr, adp);
+  EXPECT_EQ(1, adp->module->references);
+  const int* made_here = static_cast<int*>(dlsym(adp->module->library, "probe_sets"));
+  const int before = *made_here;
+  EXPECT_EQ("done", answer("net/probe:x=1", false));
+  EXPECT_EQ("done", answer("net/probe:x|1", false));
+  EXPECT_EQ("done", answer("{\"adp\":\"net/probe\",\"op\":\"=\",\"v\":\"1\"}", true));
+  EXPECT_EQ("done", answer("{\"adp\":\"net/probe\",\"op\":\"|\",\"v\":\"1\"}", true));
+  EXPECT_EQ(before, *made_here);
+  EXPECT_EQ("net/probe|x|1\nnet/probe|x|1\nnet/probe|-|1\nnet/probe|-|1\n", sets());
+  AdpFileClose(adp);
+}
 
 class PlainRequestTest : public fairlead_test::AdapterTest {};
 

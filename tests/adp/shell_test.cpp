@@ -11,6 +11,7 @@
 #include "adp/channel_fixture.h"
 #include "support/child.h"
 #include "support/faults.h"
+#include "support/syslog.h"
 
 namespace {
 
@@ -199,6 +200,24 @@ TEST_P(ShellTest, a_missing_script_is_logged) {
   EXPECT_EQ("error: execl the /prj/none.ash error(err:2/No such file or directory)\n", log);
 }
 
+TEST_P(ShellTest, the_childs_syslog_name_is_its_request) {
+  script("echo never\n", 0644);
+  fairlead_test::Syslog daemon;
+  GlogOpen("test", LOG_MODE_SYSLOG, 7);
+  const std::pair<const char*, std::function<void()>> calls[] = {
+      {"board/led", [&] { EXPECT_EQ(nullptr, ShellAbGet(&adp_, nullptr)); }},
+      {"board/led.blink", [&] { EXPECT_EQ(nullptr, ShellIfCall(&adp_, "blink", nullptr)); }},
+      {kScript, [] { EXPECT_EQ(nullptr, ShellIfList(kScript)); }},
+  };
+  for (const auto& [name, call] : calls) {
+    call();
+    const std::string line = std::string("daemon.err ") + name + ": execl the " + kScript;
+    EXPECT_NE("", daemon.wait_for(line)) << line;
+  }
+  EXPECT_EQ(0, ShellAbSet(&adp_, nullptr, nullptr));
+  GlogClose();
+}
+
 TEST_P(ShellTest, a_script_killed_by_a_signal_is_logged_once) {
   script("printf '{\"a\":\"1\"}' >&$pipeid; kill -9 $$\n");
   const std::string log = logged([&] { ShellAbSet(&adp_, nullptr, nullptr); });
@@ -374,6 +393,23 @@ TEST_P(ShellTest, a_scripts_signal_mask_is_the_callers) {
   snprintf(expected, sizeof expected, "SigBlk:\t%016llx", 1ULL << (SIGUSR1 - 1));
   EXPECT_EQ(expected, spelled(ShellAbGet(&adp_, nullptr)));
   sigprocmask(SIG_SETMASK, &former, nullptr);
+}
+
+// A handler of the caller's is none for a program; that SIGCHLD is ignored stays so.
+TEST_P(ShellTest, a_script_ignores_what_its_caller_ignores) {
+  script("");
+  put_file(kScript, "#!/bin/cat /proc/self/status\n", 0755);
+  const auto ignored = [&](signal_function_t handler) {
+    const auto ended = fairlead_test::run_child([&] {
+      signal_register(SIGCHLD, handler);
+      ShellAbGet(&adp_, nullptr);
+    });
+    const size_t at = ended.out.find("SigIgn:");
+    const unsigned long long mask = strtoull(ended.out.c_str() + at + 7, nullptr, 16);
+    return at != std::string::npos && (mask >> (SIGCHLD - 1) & 1) != 0;
+  };
+  EXPECT_TRUE(ignored(SIG_IGN));
+  EXPECT_FALSE(ignored(count_signal));
 }
 
 TEST_P(ShellTest, answers_of_any_size_arrive_whole) {

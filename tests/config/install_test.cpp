@@ -3,6 +3,7 @@
 
 #include "config_support.h"
 #include "support/capture.h"
+#include "support/syslog.h"
 
 namespace {
 
@@ -24,6 +25,20 @@ TEST_F(ConfigInstallTest, files_are_copied_and_told_on_the_console) {
   EXPECT_EQ("{\"mtu\":\"1500\"}", file_content("/etc/config/net/wan.cfg"));
   EXPECT_EQ("info: install a config /prj/net/wan.cfg to /etc/config/net/wan.cfg by net\n", out);
   EXPECT_FALSE(exists("/etc/config/version"));
+}
+
+TEST_F(ConfigInstallTest, syslog_is_told_as_well) {
+  fairlead_test::Syslog daemon;
+  ASSERT_EQ(1, GlogOpen("test", LOG_MODE_SYSLOG, 6));
+  put_file("/prj/net/wan.cfg", "{}");
+  printed([] {
+    EXPECT_EQ(1, ConfigInstall("net"));
+    EXPECT_EQ(1, ConfigUninstall("net"));
+  });
+  EXPECT_NE("", daemon.wait_for("daemon.info test: install a config /prj/net/wan.cfg to "
+                                "/etc/config/net/wan.cfg by net\n"));
+  EXPECT_NE("", daemon.wait_for("test: uninstall a config /etc/config/net/wan.cfg by net\n"));
+  GlogClose();
 }
 
 TEST_F(ConfigInstallTest, an_existing_file_is_overwritten) {

@@ -16,7 +16,7 @@
  * descriptor `pipeid` and closes it or ends; blanks and line ends around the answer are dropped.
  * The single byte 0x01 means done, 0x02 failed, text that begins with "{" an object, other text a
  * string, nothing null. Its exit status is not looked at. A process that the script leaves behind
- * with the descriptor open holds the caller for 3 seconds at most.
+ * with the descriptor open holds the caller for 3 seconds after the last bytes at most.
  *
  * Signals, threads, fork, errno: as for the isolated calls (isolated.h). Messages are logged under
  * the source "shell". A null handle, script or interface name is refused with errno EINVAL. */

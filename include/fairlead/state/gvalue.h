@@ -52,9 +52,10 @@ gvalue_t* GvalueCreate(const char* name);
  * Deliberate: a value that is not larger than the one before takes its place, the rest of which is
  * cleared; size and address stay as they were, so that addresses handed out remain valid. A larger
  * value gets new space; addresses handed out before then show the old bytes for ever. Space is
- * handed out without gaps: a value is aligned only when all sizes before it were.
+ * handed out without gaps: a value is aligned only when all sizes before it were. A size of 0
+ * clears the value that is there, or makes an empty one.
  *
- * Returns 1, or 0 with errno: EINVAL name or value NULL, size below 1 | ENOMEM no room for another
+ * Returns 1, or 0 with errno: EINVAL name or value NULL, size negative | ENOMEM no room for another
  * name, or the free space does not exceed size | EACCES the store is open for reading only |
  * ENOENT the file is no store any more | what flock or the record lock gave, EINTR included. */
 int GvalueSet(gvalue_t* gvalue, const char* name, const void* value, int size);

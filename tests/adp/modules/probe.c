@@ -1,5 +1,6 @@
 /* probe.c - a module that serves as net/probe: counts its calls, answers in every way an adapter
  * can, and misbehaves on request. */
+#include <fcntl.h>
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -109,7 +110,7 @@ static talk_t* misbehave(const char* object, param_t* parameters) {
 }
 
 /* describe: name of the process and its descriptors above the standard ones, each with what it
- * leads to. */
+ * leads to, and whether a program that it starts would get it. */
 static talk_t* describe(const char* object, param_t* parameters) {
   char name[17] = "", path[32], target[64], list[1024] = "";
   (void)object, (void)parameters;
@@ -118,7 +119,8 @@ static talk_t* describe(const char* object, param_t* parameters) {
     snprintf(path, sizeof path, "/proc/self/fd/%d", fd);
     const ssize_t length = readlink(path, target, sizeof target - 1);
     if (length < 0) continue;
-    snprintf(list + strlen(list), sizeof list - strlen(list), "%d=%.*s ", fd, (int)length, target);
+    snprintf(list + strlen(list), sizeof list - strlen(list), "%d=%.*s%s ", fd, (int)length, target,
+             fcntl(fd, F_GETFD) & FD_CLOEXEC ? ", closed by exec" : "");
   }
   vessel_t* answer = VesselCreate();
   VesselSetS(answer, "name", name);
