@@ -12,7 +12,6 @@
 namespace {
 
 using fairlead::fail;
-using fairlead::inline_text;
 using fairlead::NodeSlab;
 using fairlead::OwnedText;
 
@@ -25,7 +24,7 @@ class Release {
   Release& operator=(const Release&) = delete;
 
   void operator()(json_t* node) {
-    if (node->text && node->text != inline_text(node)) free(node->text);
+    if (node->text && !fairlead::has_inline_text(node)) free(node->text);
     NodeSlab* const slab = fairlead::slab_of(node);
     if (!slab) {
       free(reinterpret_cast<NodeSlab**>(node) - 1);
@@ -88,10 +87,11 @@ json_error check_insert(const json_t* parent, const json_t* child) {
 }  // namespace
 
 bool fairlead::set_node_text(json_t* node, std::string_view text) {
-  const bool is_inline = node->text == inline_text(node);
-  if (is_inline && text.size() <= strlen(node->text)) {
+  const bool is_inline = fairlead::has_inline_text(node);
+  const size_t room = is_inline ? fairlead::padded_size(strlen(node->text)) : 0;
+  if (text.size() < room) {
     memmove(node->text, text.data(), text.size());
-    node->text[text.size()] = '\0';
+    memset(node->text + text.size(), '\0', room - text.size());
     return true;
   }
   if (text.size() == SIZE_MAX) return fail<bool>(ENOMEM);

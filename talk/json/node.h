@@ -1,6 +1,7 @@
-// Nodes from inside. A node and its text are one block, the text behind the record; a text that is
-// set later and does not fit there has a block of its own, which the node owns as well. Before the
-// record stands the slab that the node shares with others, or null for a node on its own.
+// Nodes from inside. A node and its text are one block, the text behind the record and padded with
+// NULs to whole words; a text that is set later and does not fit there has a block of its own,
+// which the node owns as well. Before the record stands the slab that the node shares with others,
+// or null for a node on its own.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +11,7 @@
 
 #include "base/fail.h"
 #include "fairlead/talk/json.h"
+#include "talk/json/text_word.h"
 
 namespace fairlead {
 
@@ -22,6 +24,10 @@ inline NodeSlab* slab_of(const json_t* node) {
 }
 
 inline char* inline_text(json_t* node) { return reinterpret_cast<char*>(node + 1); }
+
+inline bool has_inline_text(const json_t* node) {
+  return node->text == reinterpret_cast<const char*>(node + 1);
+}
 
 // The node in a space of kNodeSize bytes or more, without a value yet; null for no space.
 inline json_t* node_in(void* space, NodeSlab* slab) {
@@ -40,8 +46,8 @@ inline json_t* with_kind(json_t* node, uint32_t kind) {
 inline json_t* with_text(json_t* node, uint32_t kind, std::string_view text) {
   if (!node) return nullptr;
   char* copy = inline_text(node);
+  memset(copy + padded_size(text.size()) - kTextWordSize, '\0', kTextWordSize);
   memcpy(copy, text.data(), text.size());
-  copy[text.size()] = '\0';
   *node = {kind, copy, nullptr, nullptr, nullptr, nullptr, nullptr};
   return node;
 }
@@ -51,7 +57,8 @@ inline json_t* node_alone(size_t size) { return node_in(malloc(size), nullptr); 
 
 // What a node with this text needs; SIZE_MAX, which is nowhere to be had, where that has no number.
 inline size_t node_size(std::string_view text) {
-  return text.size() < SIZE_MAX - kNodeSize - 1 ? kNodeSize + text.size() + 1 : SIZE_MAX;
+  constexpr size_t kLongest = SIZE_MAX - kNodeSize - kTextWordSize;
+  return text.size() < kLongest ? kNodeSize + padded_size(text.size()) : SIZE_MAX;
 }
 
 // Gives a node a copy of `text`, which may be the node's present text or a part of it.

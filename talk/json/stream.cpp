@@ -23,8 +23,8 @@ class StreamOutput {
     if (!failed_) failed_ = fputs(text, file_) == EOF;
   }
 
-  void quoted(const char* text) {
-    if (!failed_) failed_ = fprintf(file_, "\"%s\"", text) < 0;
+  void quoted(const json_t& node, bool label) {
+    if (!failed_) failed_ = fprintf(file_, label ? "\"%s\":" : "\"%s\"", node.text) < 0;
   }
 
   bool failed() const { return failed_; }

@@ -16,9 +16,9 @@ template <class Output>
 json_error write_begin(const json_t* node, Output& output, const json_t*& inner) {
   if (node->type == JSON_STRING) {
     if (!node->text) return JSON_BAD_STRUCTURE;
-    output.quoted(node->text);
-    if (!is_label(node)) return JSON_DONE;
-    output.put(':');
+    const bool label = is_label(node);
+    output.quoted(*node, label);
+    if (!label) return JSON_DONE;
     inner = node->child;
     return inner ? JSON_DONE : JSON_BAD_STRUCTURE;
   }
@@ -34,13 +34,12 @@ json_error write_begin(const json_t* node, Output& output, const json_t*& inner)
   return JSON_DONE;
 }
 
-// `output` has put(char), add(text) and quoted(text), and remembers by itself when one has failed.
+// `output` has put(char), add(text) and quoted(node), and remembers by itself when one has failed.
 // The way back up is the parent link: no stack is needed at any depth.
 template <class Output>
 json_error write_tree(const json_t* root, Output& output) {
   const json_t* node = root;
   while (true) {
-    if (node != root && node->previous) output.put(',');
     const json_t* inner = nullptr;
     const json_error result = write_begin(node, output, inner);
     if (result != JSON_DONE) return result;
@@ -55,6 +54,7 @@ json_error write_tree(const json_t* root, Output& output) {
       if (node->next) break;
       node = node->parent;
     }
+    output.put(',');
     node = node->next;
   }
 }

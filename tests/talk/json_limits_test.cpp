@@ -167,7 +167,7 @@ TEST_F(JsonLimitsTest, parse_fragment_without_memory_frees_what_it_read) {
 
 TEST_F(JsonLimitsTest, tree_to_string_without_memory_tells) {
   Tree tree =
-      parsed("{\"a\":\"" + std::string(1000, 'x') + "\",\"b\":[" + times(500, "{},") + "]}");
+      parsed("{\"a\":\"" + std::string(5000, 'x') + "\",\"b\":[" + times(5000, "{},") + "]}");
   for (EachCall each(Call::kMalloc, {.error = ENOMEM}); each.next();) {
     char* text = nullptr;
     const json_error result = each.run([&] { return json_tree_to_string(tree.get(), &text); });

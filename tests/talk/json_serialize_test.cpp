@@ -1,6 +1,7 @@
 // The serializer: compact text, children in order, and what it refuses.
 #include <string>
 
+#include "fairlead/talk/node.h"
 #include "json_support.h"
 
 namespace {
@@ -86,6 +87,27 @@ TEST_F(JsonSerializeTest, tree_to_string_handles_texts_of_any_length) {
     expected += (length ? ",\"" : "\"") + text + "\"";
   }
   EXPECT_EQ(expected + "]", text_of(array));
+}
+
+// A text lies behind its node's record until one is set that does not fit there.
+TEST_F(JsonSerializeTest, tree_to_string_writes_texts_wherever_they_lie) {
+  for (size_t first = 0; first < 40; ++first) {
+    for (size_t then = 0; then < 40; ++then) {
+      Tree array(json_new_array());
+      json_t* string = json_new_string(std::string(first, 'x').c_str());
+      json_insert_child(array.get(), string);
+      const std::string text(then, 'y');
+      ASSERT_EQ(1, AxpSet(string, text.c_str()));
+      EXPECT_EQ("[\"" + text + "\"]", text_of(array));
+    }
+  }
+}
+
+TEST_F(JsonSerializeTest, tree_to_string_grows_at_any_byte) {
+  for (size_t length = 4000; length < 4200; ++length) {
+    const std::string text = "{\"" + std::string(length, 'n') + R"(":{"a":["b",{}]}})";
+    EXPECT_EQ(text, text_of(parsed(text.c_str())));
+  }
 }
 
 TEST_F(JsonSerializeTest, tree_to_string_aborts_on_null) {
