@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <pty.h>
 #include <sys/ioctl.h>
+#include <sys/ptrace.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -25,6 +26,7 @@
 #include "support/child.h"
 #include "support/device_test.h"
 #include "support/faults.h"
+#include "support/traced.h"
 
 namespace atcmd_test {
 
@@ -115,6 +117,45 @@ Logged logged(Action action) {
   const fairlead_test::Captured shown = fairlead_test::capture(action);
   GlogOpen("tester", LOG_MODE_CONSOLE, 1);
   return {by_line(shown.err), by_line(shown.out)};
+}
+
+// What an action asks of the line, and which alarms it sets; it runs in a child. Tells what a
+// pseudo-terminal, which has no modem lines and holds nothing back, does not show.
+inline std::vector<std::string> steps_of(const std::function<void()>& action) {
+  std::vector<std::string> steps;
+  const auto word = [](const fairlead_test::CallMade& call, int argument, int at) {
+    const uint64_t address = call.arguments[argument] + static_cast<uint64_t>(at) * sizeof(long);
+    return ptrace(PTRACE_PEEKDATA, call.pid, address, nullptr);
+  };
+  const auto note_request = [&](const fairlead_test::CallMade& call) {
+    const std::string bits = std::to_string(static_cast<int>(word(call, 2, 0)));
+    switch (static_cast<unsigned>(call.arguments[1])) {
+      case TIOCMBIC:
+        return steps.push_back("drop " + bits);
+      case TIOCMBIS:
+        return steps.push_back("raise " + bits);
+      case TCGETS:
+        return;  // the C library adds some of its own
+      case TCSETSF:
+        return steps.push_back("set and flush");
+      case TCSETS:
+        return steps.push_back("set at once");
+      case TCFLSH:
+        return steps.push_back("flush " + std::to_string(call.arguments[2]));
+      default:
+        return steps.push_back("request " + std::to_string(call.arguments[1]));
+    }
+  };
+  fairlead_test::run_traced({.watch =
+                                 [&](const fairlead_test::CallMade& call) {
+                                   if (call.number == SYS_ioctl) note_request(call);
+                                   if (call.number != SYS_setitimer) return;
+                                   const long seconds = word(call, 1, 2);
+                                   if (seconds > 0)
+                                     steps.push_back("alarm " + std::to_string(seconds));
+                                 }},
+                            action, [] { return 0; });
+  return steps;
 }
 
 // The open waits for a second; not in a test, unless it is about that.

@@ -41,6 +41,15 @@ TEST_F(CloseTest, close_drops_what_lay_in_the_line) {
   EXPECT_EQ(0, line.waiting());
 }
 
+TEST_F(CloseTest, close_puts_the_settings_back_under_an_alarm) {
+  if (!fairlead_test::can_trace()) GTEST_SKIP() << "no calls can be watched here";
+  Line line;
+  atcmd_t* atcmd = open_at_once(line.device());
+  EXPECT_EQ((std::vector<string>{"alarm 5", "set and flush"}),
+            steps_of([&] { atcmd_close(atcmd); }));
+  EXPECT_EQ(1, atcmd_close(atcmd));
+}
+
 // Kept: one copy of settings for the process.
 TEST_F(CloseTest, close_of_either_of_two_devices_puts_back_what_the_second_had) {
   Line first, second;

@@ -88,11 +88,31 @@ TEST_F(SendTest, the_descriptor_does_not_wait_between_exchanges) {
 
 // ---- Ends without a reply ----
 
-TEST_F(SendTest, nothing_in_time_gives_4_and_flushes_the_line) {
+TEST_F(SendTest, nothing_in_time_gives_4) {
   const misc_test::Stopwatch watch;
   EXPECT_EQ(4, atcmd_send(atcmd_, "AT", 1, nullptr, 0));
   EXPECT_GE(watch.seconds(), 1.0);
   EXPECT_EQ(4, atcmd_send(atcmd_, nullptr, 0, nullptr, 0));
+}
+
+// What is on its way to the device goes too.
+TEST_F(SendTest, every_end_without_a_verdict_flushes_the_line_in_both_directions) {
+  if (!fairlead_test::can_trace()) GTEST_SKIP() << "no calls can be watched here";
+  const string flush = "flush " + std::to_string(TCIOFLUSH);
+  const auto steps = [&](const char* command) {
+    return steps_of([&] { atcmd_send(atcmd_, command, 1, "OK", 0); });
+  };
+  EXPECT_EQ((std::vector<string>{"alarm 10", flush}), steps("AT")) << "nothing in time";
+  line_->say("AT\r" + string(1020, 'x'));
+  EXPECT_EQ((std::vector<string>{"alarm 10", flush}), steps("AT")) << "a full buffer";
+  {
+    Fault short_write(Call::kWrite, {.at_most = 3});
+    EXPECT_EQ((std::vector<string>{"alarm 10", flush}), steps("AT")) << "a part was sent";
+  }
+  line_->say("AT\r\r\nOK\r\n");
+  EXPECT_EQ((std::vector<string>{"alarm 10"}), steps("AT")) << "a verdict";
+  line_->hang_up();
+  EXPECT_EQ((std::vector<string>{flush}), steps(nullptr)) << "end of file";
 }
 
 TEST_F(SendTest, each_wait_has_the_whole_time) {

@@ -76,14 +76,28 @@ TEST_F(ChannelTest, own_settings_count_more_than_the_store) {
   });
 }
 
+TEST_F(ChannelTest, own_settings_count_more_than_those_that_were_found_before) {
+  run_child([] {
+    store_setting("log_mode", LOG_MODE_SYSLOG);
+    store_setting("log_level", 1);
+    EXPECT_TRUE(GlogOpen("tester", 0, 0));
+    EXPECT_TRUE(GlogOpen("tester", LOG_MODE_CONSOLE, 7));
+    EXPECT_EQ("debug: text\n", capture([] { LogWrite(7, "source", 1, "text"); }).out);
+    EXPECT_TRUE(GlogOpen("tester", LOG_MODE_CONSOLE | LOG_MODE_WHERE, 6));
+    EXPECT_EQ("", capture([] { LogWrite(7, "source", 1, "text"); }).out);
+    EXPECT_TRUE(ends_with(capture([] { LogWrite(6, "source", 1, "text"); }).out, "/source/1}\n"));
+  });
+}
+
 TEST_F(ChannelTest, close_goes_back_to_the_store) {
   run_child([] {
+    store_setting("log_mode", LOG_MODE_CONSOLE | LOG_MODE_WHERE);
     store_setting("log_level", 2);
     GlogOpen("tester", LOG_MODE_CONSOLE, 7);
-    EXPECT_TRUE(writes(7));
+    EXPECT_EQ("debug: text\n", capture([] { LogWrite(7, "source", 1, "text"); }).out);
     GlogClose();
     EXPECT_FALSE(writes(3));
-    EXPECT_TRUE(writes(2));
+    EXPECT_TRUE(ends_with(capture([] { LogWrite(2, "source", 1, "text"); }).err, "/source/1}\n"));
   });
 }
 
@@ -231,6 +245,19 @@ TEST_F(ChannelTest, messages_after_close_have_no_identity) {
   });
   EXPECT_NE(string::npos, daemon.wait_for("message one").find(" tester: "));
   EXPECT_EQ(string::npos, daemon.wait_for("message two").find(" tester: "));
+}
+
+// Syslog belongs to the channel only when it knows a mode; otherwise the program's own name stays.
+TEST_F(ChannelTest, close_without_a_known_mode_leaves_syslog_open) {
+  Syslog daemon;
+  run_child([] {
+    GlogOpen("tester", 0, 0);
+    LogWrite(6, "source", 1, "message one");
+    GlogClose();
+    LogWrite(6, "source", 1, "message two");
+  });
+  EXPECT_NE(string::npos, daemon.wait_for("message one").find(" tester: "));
+  EXPECT_NE(string::npos, daemon.wait_for("message two").find(" tester: "));
 }
 
 TEST_F(ChannelTest, close_and_open_can_be_repeated) {

@@ -75,6 +75,21 @@ TEST_F(LogWriteTest, the_line_of_no_memory_goes_to_standard_error_at_every_level
 
 TEST_F(LogWriteTest, bits_6_and_7_are_ignored) {
   EXPECT_EQ("error: text\n", print(3 | 0xC0, "text").err);
+  GlogOpen("tester", LOG_MODE_CONSOLE, 7);
+  EXPECT_EQ("error: text\n", capture([] { LogWrite(3 | 0xC0, "source", 1, "text"); }).err)
+      << "nor are they a mode";
+}
+
+TEST_F(LogWriteTest, bits_from_8_up_are_the_whole_mode_of_the_message) {
+  Syslog daemon;
+  GlogOpen("tester", kEverything, 7);
+  for (uint32_t mode : {0x100u, 0x800u, 0x80000000u, LOG_MODE_WHERE}) {
+    const Captured shown = capture([mode] { LogWrite(3 | mode, "source", 12, "unheard"); });
+    EXPECT_EQ("", shown.err + shown.out) << mode;
+  }
+  LogWrite(3 | LOG_MODE_SYSLOG, "source", 12, "the end");
+  EXPECT_TRUE(ends_with(daemon.wait_for("the end"), " tester: the end"));
+  EXPECT_EQ(string::npos, daemon.text().find("unheard"));
 }
 
 TEST_F(LogWriteTest, arguments_are_formatted_once) {
@@ -278,6 +293,15 @@ TEST_F(LogWriteTest, no_memory_sets_errno_on_the_console_only) {
 TEST_F(LogWriteTest, exit_ends_the_process_with_status_255) {
   for (uint32_t mode : {LOG_MODE_CONSOLE, LOG_MODE_SYSLOG, 0x100u})
     EXPECT_EQ(255, run_child([mode] { LogWrite(LOG_EXIT | 3 | mode, "s", 1, "end"); }).status);
+}
+
+TEST_F(LogWriteTest, exit_runs_what_the_program_wanted_to_run_at_its_end) {
+  const Ended child = run_child([] {
+    atexit([] { put_file("/tmp/farewell", "said"); });
+    LogWrite(LOG_EXIT | 3 | LOG_MODE_CONSOLE, "source", 1, "end");
+  });
+  EXPECT_EQ(255, child.status);
+  EXPECT_EQ("said", file_content("/tmp/farewell"));
 }
 
 TEST_F(LogWriteTest, lost_memory_is_told_twice_and_ends_the_process) {

@@ -8,6 +8,7 @@
 
 #include "fairlead/misc.h"
 #include "network_support.h"
+#include "support/capture.h"
 
 namespace {
 
@@ -84,7 +85,9 @@ TEST_F(ClockTest, time_getting_leaves_its_file_and_rewrites_it) {
 TEST_F(ClockTest, time_getting_asks_date_for_the_format) {
   put_date("echo \"$# $1\"\necho noise >&2\n");
   const OwnPath path("/tmp/bin:/usr/bin:/bin");
-  EXPECT_EQ("1 +%H:%M:%S:%m:%d:%Y", told(time_getting));
+  const fairlead_test::Captured shown =
+      fairlead_test::capture([] { EXPECT_EQ("1 +%H:%M:%S:%m:%d:%Y", told(time_getting)); });
+  EXPECT_EQ("", shown.out + shown.err);
 }
 
 TEST_F(ClockTest, time_getting_cuts_the_text_and_one_character_more) {
@@ -190,6 +193,8 @@ TEST_F(ClockTest, uptime_count_takes_text_that_is_no_number_for_0) {
     EXPECT_EQ("100", told(uptime_count, ""));
     EXPECT_EQ("100", told(uptime_count, "soon"));
     EXPECT_EQ("90", told(uptime_count, "10.75"));
+    EXPECT_EQ("90", told(uptime_count, "0010"));
+    EXPECT_EQ("100", told(uptime_count, "0x10"));
   });
 }
 

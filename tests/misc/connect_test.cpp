@@ -161,7 +161,16 @@ TEST_F(ConnectTest, tells_that_there_is_no_socket) {
   EXPECT_EQ(EMFILE, errno);
 }
 
+// Such a socket has nothing to wait for, and nothing to complain about.
+TEST_F(ConnectTest, a_connection_that_has_to_come_later_is_waited_for) {
+  Fault fault(Call::kConnect, {.error = EAGAIN});
+  const int fd = tcp_socket_connect("127.0.0.1", 80, 10);
+  EXPECT_GE(fd, 0);
+  close(fd);
+}
+
 TEST_F(ConnectTest, refuses_a_null_address) {
+  errno = 0;
   EXPECT_EQ(-1, tcp_socket_connect(nullptr, 80, 10));
   EXPECT_EQ(EINVAL, errno);
 }

@@ -114,6 +114,18 @@ TEST_F(TrafficTest, flew_finds_nothing_in_the_head_lines) {
   });
 }
 
+TEST_F(TrafficTest, flew_looks_behind_the_head_lines_for_a_word_that_stands_in_them) {
+  with_lines(line("surface0", 1) + line("bytes0", 100), [] {
+    EXPECT_EQ(numbers(1), Flew("face").of);
+    EXPECT_EQ(numbers(100), Flew("bytes").of);
+  });
+}
+
+TEST_F(TrafficTest, flew_takes_what_follows_the_first_colon) {
+  with_lines("eth0: 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 : 21 22 23 24 25 26 27 28 29 30 31 32\n",
+             [] { EXPECT_EQ(numbers(1), Flew("eth0").of); });
+}
+
 TEST_F(TrafficTest, flew_reads_numbers_of_64_bits) {
   with_lines(
       "eth0:9223372036854775807 4294967296 18446744073709551615 -5 0 0 0 0 "
@@ -153,6 +165,9 @@ TEST_F(TrafficTest, flew_reads_a_long_line_in_pieces_of_4094_characters) {
   with_lines(std::string(4094, ' ') + line("eth0", 1), [] {
     EXPECT_EQ(numbers(1), Flew("eth0").of) << "the second piece is a line of its own";
   });
+  const std::string whole = "eth0: 1 2 3 4 5 6 7 8 9 10 11 12";
+  with_lines(std::string(4094 - whole.size(), ' ') + whole + "99\n",
+             [] { EXPECT_EQ(numbers(1), Flew("eth0").of) << "4094 characters are one piece"; });
   with_lines(std::string(4094 - 2, ' ') + line("eth0", 1),
              [] { EXPECT_EQ(-1, Flew("eth0").result) << "the name is cut in two"; });
 }
