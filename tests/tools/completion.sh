@@ -25,4 +25,6 @@ offers config get net = net/wan
 offers project install l = lab
 offers at /dev/null --ex = --expect
 offers net info l = lo
+offers log level de = debug
+offers log mode syslog w = where
 exit $status

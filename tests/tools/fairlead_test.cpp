@@ -30,8 +30,9 @@ TEST_F(ControlTest, refuses_what_it_does_not_know) {
 TEST_F(ControlTest, names_missing_and_surplus_arguments) {
   expect_usage({"config", "get"}, "config get needs NAME [PATH]");
   expect_usage({"config", "get", "a", "b", "c"}, "config get: 'c' is one argument too many");
-  expect_usage({"adapter", "bind", "", "x"},
-               "adapter bind: an argument is empty; it takes OBJECT ADAPTER");
+  expect_usage({"adapter", "bind", "", "x"}, "adapter bind: OBJECT is empty");
+  expect_usage({"service", "start", "x", "y", "", "z"}, "service start: INTERFACE is empty");
+  expect_usage({"at", "", "AT"}, "at: DEVICE is empty");
 }
 
 TEST_F(ControlTest, checks_the_values_of_options) {
@@ -161,7 +162,7 @@ TEST_F(ControlTest, stays_inside_the_configuration_store) {
 TEST_F(ControlTest, lists_configuration_files) {
   expect({"config", "list"}, 0, "net/wan\t/etc/config/net/wan.cfg\n");
   expect({"config", "list", "--json"}, 0, "{\"net\":{\"wan\":\"/etc/config/net/wan.cfg\"}}\n");
-  expect({"config", "list", "nowhere"}, 3, "", "there is no configuration");
+  expect({"config", "list", "nowhere"}, 3, "", "there is no configuration in 'nowhere'");
 }
 
 // Adapters and projects
@@ -321,8 +322,22 @@ TEST_F(ControlTest, makes_lists_and_takes_joints_away) {
   expect({"joint", "cast", "net/wan", "up", "{\"ip\":\"10.0.0.1\"}"}, 0, "");
   expect({"joint", "delete", "net/wan", "up", "lab/answers", "echo"}, 0, "");
   expect({"joint", "delete", "net/wan", "up", "lab/answers", "echo"}, 3, "",
-         "there is no such joint");
+         "there is no joint from 'up' of 'net/wan' to 'lab/answers.echo'");
+  expect({"joint", "delete", "net/wan", "up", "lab/answers"}, 3, "",
+         "there is no joint from 'up' of 'net/wan' to 'lab/answers'");
   expect({"joint", "list", "net/lan"}, 3, "", "'net/lan' has no joints");
+}
+
+TEST_F(ControlTest, names_what_makes_no_joint) {
+  expect_usage({"joint", "create", "net/wan", "u\"p", "lab/answers", "echo"},
+               R"('u"p': a double quote is written \" and a backslash \\ in a name)");
+  fairlead_test::make_directories("/tmp/.var/joint.cache");
+  const Ended ended = fairlead({"joint", "create", "net/wan", "up", "lab/answers", "echo"});
+  EXPECT_EQ(1, ended.status);
+  EXPECT_EQ(0U,
+            ended.err.find(
+                "fairlead: no joint from 'up' of 'net/wan' to 'lab/answers.echo' can be made: "))
+      << ended.err;
 }
 
 // Network

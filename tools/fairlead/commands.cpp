@@ -127,4 +127,11 @@ ArgumentCount argument_count(const Command& command) {
   return count;
 }
 
+std::string_view argument_name(const Command& command, size_t index) {
+  const char* at = command.arguments;
+  for (; index > 0; --index) at += strcspn(at, " ") + 1;
+  at += strspn(at, "[");
+  return {at, strcspn(at, " ].")};
+}
+
 }  // namespace control

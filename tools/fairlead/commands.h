@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string_view>
 
 #include "tools/fairlead/command.h"
 
@@ -18,5 +19,8 @@ struct ArgumentCount {
   size_t least, most;  // SIZE_MAX: any number, "..."
 };
 ArgumentCount argument_count(const Command& command);
+
+// What the description calls the argument of this index.
+std::string_view argument_name(const Command& command, size_t index);
 
 }  // namespace control

@@ -47,6 +47,8 @@ Exit config_list(const Call& call) {
   const char* folder = call.argument(0);
   if (folder && !stays_inside(folder)) return refuse_name(folder);
   const fairlead::OwnedTalk files(ConfigList(folder));
+  if ((!files || !files->child) && folder)
+    return nothing("there is no configuration in '%s'", folder);
   if (!files || !files->child) return nothing("there is no configuration");
   return show(call, files.get());
 }

@@ -1,8 +1,8 @@
 // fairlead - the control tool: what programs can ask of the device, from a shell.
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include "fairlead/log.h"
 #include "tools/fairlead/commands.h"
@@ -30,10 +30,13 @@ Exit check_count(const Command& command, std::span<char* const> arguments) {
   if (arguments.size() > count.most)
     return refuse("%s%s%s: '%s' is one argument too many", command.noun, space, verb,
                   arguments[count.most]);
-  for (char* argument : arguments.first(std::min(arguments.size(), count.least)))
-    if (*argument == '\0' && strcmp(command.noun, "encode") != 0 && argument != arguments.back())
-      return refuse("%s%s%s: an argument is empty; it takes %s", command.noun, space, verb,
-                    command.arguments);
+  // The last one may be, where a command has a use for it.
+  for (size_t i = 0; i + 1 < arguments.size() && i < count.least; ++i)
+    if (*arguments[i] == '\0') {
+      const std::string_view name = argument_name(command, i);
+      return refuse("%s%s%s: %.*s is empty", command.noun, space, verb,
+                    static_cast<int>(name.size()), name.data());
+    }
   return kDone;
 }
 

@@ -10,6 +10,18 @@
  * had answered (a crash), EINVAL it answered nothing or an object that does not parse, otherwise
  * what socketpair, fork or memory gave.
  *
+ * Logged under the source "adp", NAME being the object, or "<object>.<interface>" for a call. The
+ * child logs to syslog as NAME.
+ *   3  with errno: "socketpair error for AdpSecureSet( NAME )", and so for the other two
+ *   3  with errno: "vfork error for AdpSecureSet( NAME )", and so for the other two; the word is
+ *      older than the fork, and kept for scripts that look for it
+ *   3  "NAME terminate by signal %d", or when the child had closed the channel before
+ *      "AdpSecureSet( NAME ) terminate by signal %d", and so for AdpSecureGet
+ *   4  "AdpSecureGet( NAME ) return wrong format data", or for a call "NAME return wrong format
+ *      data": the answer has no text form
+ *   4  "sigprocmask( get the original signal mask ) failed", "sigprocmask( set a new signal mask )
+ *      failed", "sigprocmask( reset SIGCHLD ) failed": the call goes on
+ *
  * Signals: for the length of a call SIGCHLD is blocked except inside the wait, and `signal_handler`
  * is its handler. Afterwards the caller's mask is back, and its SIGCHLD handler too, unless that
  * was the default action: then the library's empty handler stays installed (kept for programs that

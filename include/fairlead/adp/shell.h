@@ -18,8 +18,18 @@
  * string, nothing null. Its exit status is not looked at. A process that the script leaves behind
  * with the descriptor open holds the caller for 3 seconds after the last bytes at most.
  *
- * Signals, threads, fork, errno: as for the isolated calls (isolated.h). Messages are logged under
- * the source "shell". A null handle, script or interface name is refused with errno EINVAL. */
+ * Signals, threads, fork, errno: as for the isolated calls (isolated.h). A null handle, script or
+ * interface name is refused with errno EINVAL.
+ *
+ * Logged under the source "shell"; NAME is the object, the script's path for a list, and
+ * "<object>.<interface>" for a call. The child logs to syslog as NAME.
+ *   3  with errno: "socketpair error for ShellAbSet( NAME )", and so for the others
+ *   3  with errno: "vfork error for ShellAbSet( NAME )", and so for the others; the word is kept as
+ *      in isolated.h
+ *   3  with errno, by the child: "execl the %s error", with the script's path
+ *   3  "NAME terminate by signal %d", under the source "adp": a signal ended the script;
+ *      "ShellAbSet( NAME ) terminate by signal %d" when the channel had ended before
+ *   4  as for the isolated calls: a signal mask that cannot be had or set; the call goes on */
 #ifndef FAIRLEAD_ADP_SHELL_H
 #define FAIRLEAD_ADP_SHELL_H
 
