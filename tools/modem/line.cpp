@@ -183,10 +183,13 @@ bool Line::wait_for_step() const {
 // What was said and not read would be lost with the terminal.
 void Line::linger() {
   flush();
-  int waiting = 1;
-  for (int look = 0; look < kLingerLooks && waiting > 0 && !stopped(); ++look) {
+  for (int look = 0; look < kLingerLooks && !stopped(); ++look) {
+    // On a busy machine it may still be on its way to the terminal, which poll brings to an end.
+    const timespec now = {};
+    wait_for(device_.get(), &now);
+    int waiting = 0;
+    if (ioctl(device_.get(), FIONREAD, &waiting) != 0 || waiting == 0) return;
     nap(kLookPause);
-    if (ioctl(device_.get(), FIONREAD, &waiting) != 0) return;
   }
 }
 
