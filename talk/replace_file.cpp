@@ -48,8 +48,7 @@ bool remove_abandoned(const char* path, int seconds) {
     if (errno == ELOOP) return unlink(path) == 0;  // a link put there leads who knows where
     return errno == ENOENT;
   }
-  if (still_named(old.get(), path)) unlink(path);
-  return true;
+  return !still_named(old.get(), path) || unlink(path) == 0 || errno == ENOENT;
 }
 
 // The file beside the target that becomes the target. Removed unless it did.

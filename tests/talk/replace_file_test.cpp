@@ -288,6 +288,23 @@ TEST_F(ReplaceFileTest, where_no_rename_is_possible_it_writes_in_place) {
   }
 }
 
+// That of another user, for one, in a folder where each may remove his own files only.
+TEST_F(ReplaceFileTest, beside_a_leftover_that_cannot_be_removed_it_writes_in_place) {
+  const std::string leftover = "/etc/config/.lan.cfg.saving";
+  put_file(kFile, kOld);
+  put_file(leftover, "half");
+  for (int code : {EPERM, EACCES}) {
+    fairlead_test::Fault fault(Call::kUnlink, {.error = code, .times = fairlead_test::kForever});
+    EXPECT_EQ(1, save()) << code;
+    EXPECT_EQ(kNew, file_content(kFile));
+  }
+  unlink(kFile);
+  fairlead_test::Fault fault(Call::kUnlink, {.error = EPERM, .times = fairlead_test::kForever});
+  errno = 0;
+  EXPECT_EQ(0, save());
+  EXPECT_EQ(EPERM, errno);
+}
+
 // In a mount namespace of its own; 77 when the kernel does not let this process make one.
 template <class Action>
 void in_own_mounts(Action action) {
