@@ -303,6 +303,41 @@ TEST_F(GvalueTest, list_without_memory_is_null) {
   }
 }
 
+TEST_F(GvalueTest, an_open_store_is_read_and_written_without_memory) {
+  gvalue_t* store = open();
+  set(store, "one", "1");
+  Fault fault(Call::kMalloc, {.error = ENOMEM, .times = kForever});
+  const int changed = set(store, "one", "a longer one"), added = set(store, "two", "2");
+  const void* const found = GvalueGet(store, "one");
+  const int size = GvalueSize(store, "two");
+  fault.disarm();
+  EXPECT_EQ(0, fault.calls());
+  EXPECT_EQ(1, changed);
+  EXPECT_EQ(1, added);
+  EXPECT_NE(nullptr, found);
+  EXPECT_EQ(1, size);
+  EXPECT_EQ("a longer one", get(store, "one"));
+  EXPECT_EQ("2", get(store, "two"));
+}
+
+// Each but the release of a lock, which never fails.
+TEST_F(GvalueTest, a_failing_call_leaves_an_open_store_as_it_was) {
+  gvalue_t* store = open();
+  set(store, "one", "old");
+  for (const Call call : {Call::kFlock, Call::kFcntl, Call::kStat}) {
+    Fault fault(call, {.error = EIO});
+    const int result = set(store, "one", "new");
+    const int error = errno;
+    fault.disarm();
+    EXPECT_TRUE(fault.fired());
+    EXPECT_EQ(0, result) << static_cast<int>(call);
+    EXPECT_EQ(call == Call::kStat ? ENOENT : EIO, error) << static_cast<int>(call);
+    EXPECT_EQ("old", get(store, "one")) << static_cast<int>(call);
+    // Whoever waits for the store's lock gets it.
+    EXPECT_EQ(0, run_child([] { return 1 - set(GvalueCreate("store"), "two", "2"); }).status);
+  }
+}
+
 // ---- The default store ----
 
 class DefaultStoreTest : public GvalueTest {};
