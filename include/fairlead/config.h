@@ -27,7 +27,9 @@ FAIRLEAD_API_BEGIN
 
 /* Stores a copy of the value at the path, or as the whole object, which must be a Vessel; a NULL
  * value deletes. On the way to the path members are made, and what is no object is replaced by one.
- * Folders are made with mode 0770, and the last file deleted takes its folder with it.
+ * Below a path the copy is that of TalkDup, which leaves out members that are numbers, arrays or
+ * literals; a whole object is stored with them. Folders are made with mode 0770, and the last file
+ * deleted takes its folder with it.
  *
  * Returns 1 when the file is on the disk, and leaves the marker then; 0 when nothing was changed:
  * the member to delete is missing, the value is neither object nor string, the file holds JSON that

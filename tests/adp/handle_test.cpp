@@ -107,6 +107,10 @@ TEST_F(HandleTest, set_and_get_go_to_the_module) {
   EXPECT_EQ("net/probe|x/y|{\"b\":\"2\"}\nnet/probe|-|-\nnet/probe|-|refuse\n", sets());
 }
 
+TEST_F(HandleTest, a_set_function_may_return_any_other_value_than_1_for_failure) {
+  EXPECT_EQ(5, AdpSet(nullptr, "net/probe", nullptr, nullptr, nullptr, "odd"));
+}
+
 TEST_F(HandleTest, a_module_without_set_and_get_is_served_by_the_store) {
   install("tables", "odd/gap");
   EXPECT_EQ(1, AdpSet(nullptr, "odd/gap", nullptr, "a/b", nullptr, "1"));

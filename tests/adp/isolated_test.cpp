@@ -2,16 +2,20 @@
 #include "fairlead/adp/isolated.h"
 
 #include <sys/time.h>
+#include <sys/uio.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstring>
+#include <functional>
 #include <sstream>
 
 #include "adp/adp_support.h"
 #include "support/child.h"
 #include "support/faults.h"
 #include "support/syslog.h"
+#include "support/traced.h"
 #include "talk/owned_talk.h"
 
 namespace {
@@ -33,6 +37,26 @@ class IsolatedTest : public fairlead_test::AdapterTest {
     return spelled(
         AdpSecureCall(nullptr, "net/probe", name, nullptr, parameter ? "%s" : nullptr, parameter));
   }
+
+  // What a child of the action writes on the channel.
+  static std::string wire(const std::function<void()>& action) {
+    std::string bytes;
+    const auto note = [&bytes](const fairlead_test::CallMade& made) {
+      if (made.number != SYS_write || made.result <= 0) return;
+      const auto link = "/proc/" + std::to_string(made.pid) + "/fd/" +
+                        std::to_string(static_cast<int>(made.arguments[0]));
+      char target[64] = "";
+      if (readlink(link.c_str(), target, sizeof target - 1) < 0) return;
+      if (strncmp(target, "socket:", 7) != 0) return;
+      std::string piece(static_cast<size_t>(made.result), '?');
+      const iovec here = {piece.data(), piece.size()};
+      const iovec there = {reinterpret_cast<void*>(made.arguments[1]), piece.size()};
+      process_vm_readv(made.pid, &here, 1, &there, 1, 0);
+      bytes += piece;
+    };
+    fairlead_test::run_traced({.watch = note}, action, [] { return 0; });
+    return bytes;
+  }
 };
 
 TEST_F(IsolatedTest, the_adapter_answers_as_in_process) {
@@ -46,6 +70,30 @@ TEST_F(IsolatedTest, the_adapter_answers_as_in_process) {
   EXPECT_EQ("null", call("nothing"));
   EXPECT_EQ("just so", call("string"));
   EXPECT_EQ("{\"object\":\"net/probe\",\"count\":\"1\",\"list\":\"x\"}", call("echo", "x"));
+}
+
+TEST_F(IsolatedTest, a_childs_answers_are_byte_for_byte_as_stated) {
+  using namespace std::string_literals;
+  if (!fairlead_test::can_trace()) GTEST_SKIP() << "no process can be traced here";
+  const auto set = [](const char* value) {
+    return wire([=] { AdpSecureSet(nullptr, "net/probe", nullptr, nullptr, nullptr, value); });
+  };
+  const auto get = [](const char* answer) {
+    answer_with(answer);
+    return wire([] { spelled(AdpSecureGet(nullptr, "net/probe", nullptr, nullptr)); });
+  };
+  const auto called = [](const char* name) { return wire([=] { call(name); }); };
+  EXPECT_EQ("\1"s, set("1"));
+  EXPECT_EQ("\2"s, set("refuse"));
+  EXPECT_EQ("\2"s, set("odd"));
+  EXPECT_EQ("{\"a\":\"1\"}"s, get("{\"a\":\"1\"}"));
+  EXPECT_EQ("\0"s, get(""));
+  EXPECT_EQ("\0"s, get("array"));  // has no text
+  EXPECT_EQ("\1\0"s, called("done"));
+  EXPECT_EQ("\2\0"s, called("failed"));
+  EXPECT_EQ("\0"s, called("nothing"));
+  EXPECT_EQ("just so\0"s, called("string"));
+  EXPECT_EQ("\0"s, called("array"));
 }
 
 TEST_F(IsolatedTest, a_crash_gives_nothing_and_one_message) {

@@ -87,6 +87,7 @@ TEST_P(RequestTest, a_set_of_the_present_value_calls_no_set_function) {
 TEST_P(RequestTest, a_refused_set_fails) {
   answer_with("old");
   EXPECT_EQ("-1 failed", he("net/probe:x=refuse"));
+  EXPECT_EQ("-1 failed", he("net/probe:x=odd"));  // any other result than 1
   EXPECT_EQ("-1 failed", he("sys=a string is no configuration"));
 }
 

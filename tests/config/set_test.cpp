@@ -277,6 +277,15 @@ TEST_F(ConfigSetTest, a_value_without_a_text_form_is_refused) {
   EXPECT_EQ("{\"a\":\"1\"}", file_content(kNet));
 }
 
+TEST_F(ConfigSetTest, members_without_a_text_form_are_left_out_below_a_path_and_kept_in_a_whole) {
+  talk_t* value = StringTalk("{\"a\":\"1\",\"n\":7,\"o\":{\"l\":[1]}}");
+  EXPECT_EQ(1, ConfigSet("net", nullptr, "p", value));
+  EXPECT_EQ("{\"p\":{\"a\":\"1\",\"o\":{}}}", file_content(kNet));
+  EXPECT_EQ(1, ConfigSet("net", nullptr, nullptr, value));
+  EXPECT_EQ("{\"a\":\"1\",\"n\":7,\"o\":{\"l\":[1]}}", file_content(kNet));
+  TalkFree(value);
+}
+
 TEST_F(ConfigSetTest, a_file_in_the_way_of_a_folder_fails_the_set) {
   put_file("/etc/config/p q", "a file");
   ASSERT_EQ(0, symlink("nowhere", "/etc/config/r s"));

@@ -12,15 +12,18 @@
 
 int probe_sets; /* read by the tests through the loaded module */
 
-/* Notes what it was given in "/tmp/.var/probe.set"; the value "refuse" is refused. */
+/* Notes what it was given in "/tmp/.var/probe.set"; the value "refuse" is refused, and "odd" too,
+ * in a way of its own. */
 static int32_t set(const char* object, slash_t* path, talk_t* value) {
   char* text = value ? TalkString(value) : NULL;
   ++probe_sets;
   append_string("/tmp/.var/probe.set", "%s|%s|%s\n", object, path ? SlashString(path) : "-",
                 text ? text : "-");
-  const int refused = text && strcmp(text, "refuse") == 0;
+  const int result = text && strcmp(text, "refuse") == 0 ? 0
+                     : text && strcmp(text, "odd") == 0  ? 5
+                                                         : 1;
   free(text);
-  return refused ? 0 : 1;
+  return result;
 }
 
 /* Answers with the document in "/tmp/.var/probe.get"; "done" and "failed" are the codes, "crash" is
