@@ -116,6 +116,8 @@ TEST_F(HandleTest, a_module_without_set_and_get_is_served_by_the_store) {
   EXPECT_EQ(1, AdpSet(nullptr, "odd/gap", nullptr, "a/b", nullptr, "1"));
   EXPECT_EQ("{\"a\":{\"b\":\"1\"}}", file_content("/etc/config/odd/gap.cfg"));
   EXPECT_EQ("1", spelled(AdpGet(nullptr, "odd/gap", nullptr, "a/b")));
+  EXPECT_EQ(1, AdpSet(nullptr, "odd/gap", nullptr, nullptr, nullptr, "{\"c\":\"2\"}"));
+  EXPECT_EQ("{\"c\":\"2\"}", spelled(AdpGet(nullptr, "odd/gap", nullptr, nullptr)));
 }
 
 TEST_F(HandleTest, a_pure_object_is_served_by_the_store) {

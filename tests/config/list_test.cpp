@@ -100,4 +100,12 @@ TEST_F(ConfigListTest, paths_of_more_than_255_characters_are_left_out) {
   EXPECT_NE(nullptr, VesselFind(listing.get(), "fits"));
 }
 
+TEST_F(ConfigListTest, a_path_that_is_too_long_lists_no_other_file) {
+  const std::string folder = "/etc/config/" + std::string(120, 'a') + "/" + std::string(117, 'b');
+  ASSERT_EQ(250U, folder.size());
+  put_file(folder + "/abc.cfg", "{}");
+  put_file(folder + "/abc.", "{}");  // what the path is when it is cut
+  EXPECT_EQ("{}", listed(config_list_all(folder.c_str())));
+}
+
 }  // namespace
