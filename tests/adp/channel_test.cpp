@@ -68,6 +68,10 @@ TEST_F(PipeTest, wire_bytes_are_decoded) {
       {"{\"a\":\"1\"}\n"s, "{\"a\":\"1\"}"},
       {" \r\n text \0\0"s, "text"},
       {"\n\1"s, "done"},
+      {"\r\n \2\n"s, "failed"},
+      {"text \r\n"s, "text"},
+      {"\ttext\t"s, "text\t"},  // a tab at the end is none of these
+      {"{\"a\":\"1\"}\r\n\0"s, "{\"a\":\"1\"}"},
   };
   for (const auto& [bytes, meaning] : answers)
     EXPECT_EQ(meaning, answer_of([&bytes = bytes](int fd) { say(fd, bytes); }));

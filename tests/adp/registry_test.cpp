@@ -153,6 +153,14 @@ TEST_F(RegistryTest, a_registration_overrides_the_project) {
   EXPECT_EQ("5 /prj/led/red.ash", looked_up("net/port"));
 }
 
+TEST_F(RegistryTest, the_last_letter_of_a_bound_path_alone_tells_a_script) {
+  put_file(kRegistry, R"({"a":"/opt/led.sh","b":"/opt/graph","c":"/opt/led.ash.old","d":"h"})");
+  EXPECT_EQ("5 /opt/led.sh", looked_up("a"));
+  EXPECT_EQ("5 /opt/graph", looked_up("b"));
+  EXPECT_EQ("1 /opt/led.ash.old", looked_up("c"));
+  EXPECT_EQ("5 h", looked_up("d"));
+}
+
 TEST_F(RegistryTest, a_stale_registration_still_counts) {
   DynAdpCreate("x", "net/port");
   unlink("/prj/net/port.adp");

@@ -1,4 +1,5 @@
 // A project's default configuration, installed and removed.
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "config_support.h"
@@ -39,6 +40,16 @@ TEST_F(ConfigInstallTest, syslog_is_told_as_well) {
                                 "/etc/config/net/wan.cfg by net\n"));
   EXPECT_NE("", daemon.wait_for("test: uninstall a config /etc/config/net/wan.cfg by net\n"));
   GlogClose();
+}
+
+TEST_F(ConfigInstallTest, a_missing_folder_is_made_with_mode_0770) {
+  put_file("/prj/net/wan.cfg", "{}");
+  const mode_t former = umask(0);
+  printed([] { EXPECT_EQ(1, ConfigInstall("net")); });
+  umask(former);
+  struct stat status;
+  ASSERT_EQ(0, stat("/etc/config/net", &status));
+  EXPECT_EQ(0770U, status.st_mode & 07777U);
 }
 
 TEST_F(ConfigInstallTest, an_existing_file_is_overwritten) {
