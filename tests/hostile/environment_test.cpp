@@ -34,7 +34,7 @@ class HostileEnvironmentTest : public DeviceTest {
 
   static void with_forged_variables(const std::function<void()>& action) {
     const auto ended = run_watched([&] {
-      const char* twice[2 * std::size(kForged) + 1] = {};
+      static const char* twice[2 * std::size(kForged) + 1];  // the environment up to the end
       std::copy(std::begin(kForged), std::end(kForged), twice);
       std::copy(std::begin(kForged), std::end(kForged), twice + std::size(kForged));
       environ = const_cast<char**>(twice);

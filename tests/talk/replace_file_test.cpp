@@ -341,6 +341,24 @@ TEST_F(ReplaceFileTest, a_really_full_disk_leaves_the_old_content) {
   fairlead_test::remove_tree("/tmp/small");
 }
 
+// Written in place, the old content would be half gone before the disk shows that it is full.
+TEST_F(ReplaceFileTest, in_place_on_a_full_disk_leaves_the_old_content) {
+  in_own_mounts([&] {
+    fairlead_test::make_directories("/tmp/small");
+    if (mount("none", "/tmp/small", "tmpfs", 0, "size=16k") != 0) return 77;
+    put_file("/tmp/small/a.cfg", kOld);
+    put_file("/tmp/small/filler", std::string(1 << 20, 'x'));
+    talk_t* const vessel = VesselCreate();
+    VesselSetS(vessel, "long", std::string(9000, 'x').c_str());
+    fairlead_test::Fault fault(Call::kOpen, {.nth = 2, .error = EACCES});  // the temporary
+    errno = 0;
+    const bool refused = VesselFile(vessel, "/tmp/small/a.cfg") == 0 && errno == ENOSPC;
+    TalkFree(vessel);
+    return refused && file_content("/tmp/small/a.cfg") == kOld ? 0 : 1;
+  });
+  fairlead_test::remove_tree("/tmp/small");
+}
+
 TEST_F(ReplaceFileTest, a_read_only_folder_takes_the_new_content_in_place) {
   fairlead_test::Fault fault(Call::kOpen, {.nth = 2, .error = EACCES});  // the temporary
   EXPECT_EQ(1, save());
