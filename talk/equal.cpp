@@ -1,8 +1,7 @@
 // Comparing documents, whatever the order of their members.
-#include <cstdint>
-#include <cstring>
-
 #include "fairlead/talk/edit.h"
+#include "talk/in_step.h"
+#include "talk/json/node.h"
 #include "talk/name_index.h"
 #include "talk/roles.h"
 
@@ -12,9 +11,7 @@ using fairlead::is_vessel;
 using fairlead::name_of;
 
 bool same_text(const talk_t* a, const talk_t* b) {
-  const char* text_a = name_of(a);
-  const char* text_b = name_of(b);
-  return text_a && text_b && strcmp(text_a, text_b) == 0;
+  return name_of(a) && name_of(b) && fairlead::same_text(*a, *b);
 }
 
 enum class Verdict { kEqual, kUnequal, kObjects };
@@ -42,25 +39,6 @@ const axp_t* member_above(const talk_t* value) {
   return node;
 }
 
-// A mark for each level of objects around the present one; the deepest are always marked.
-class LevelMarks {
- public:
-  bool marked() const { return depth_ >= kLevels || (bits_ >> depth_ & 1) != 0; }
-  void mark() {
-    if (depth_ < kLevels) bits_ |= uint32_t{1} << depth_;
-  }
-  void enter() {
-    ++depth_;
-    if (depth_ < kLevels) bits_ &= ~(uint32_t{1} << depth_);
-  }
-  void leave() { --depth_; }
-
- private:
-  static constexpr size_t kLevels = 32;
-  size_t depth_ = 0;
-  uint32_t bits_ = 0;
-};
-
 // Two objects at a time, in two rounds: each member of the first object against the other's first
 // namesake, then those of the other that the first round has not met. There are none when it has
 // met them one after the other, as in most documents that are equal. The way back from inner
@@ -75,7 +53,7 @@ class Comparison {
         if (!compare(*member_)) return false;
       } else if (!second_round_ && !met_all()) {
         second_round_ = true;
-        disorder_.mark();
+        to_meet_.stray();
         member_ = b_->child;
       } else if (a_ == top_a_ && b_ == top_b_) {
         return true;
@@ -89,11 +67,10 @@ class Comparison {
   // False when its value differs; goes on with the next member or with the values' own members.
   bool compare(const axp_t& member) {
     member_ = member.next;
-    const char* name = name_of(&member);
-    if (!name) return false;
-    const axp_t* const first_a = second_round_ ? index_.find(a_, name) : &member;
-    const axp_t* const first_b = index_.find(b_, name);
-    if (!second_round_) meet(first_b);
+    if (!name_of(&member)) return false;
+    const axp_t* const first_a = second_round_ ? index_.find(a_, member) : &member;
+    const axp_t* const first_b = index_.find(b_, member, to_meet_);
+    if (!second_round_) to_meet_.met(first_b);
     if (second_round_ && first_a && first_b == &member) return true;  // the first round's pair
 
     const talk_t* a = value_of(first_a);
@@ -103,21 +80,14 @@ class Comparison {
     return verdict != Verdict::kUnequal;
   }
 
-  // The first round has come to this member of b.
-  void meet(const axp_t* member_b) {
-    if (member_b != to_meet_) disorder_.mark();
-    to_meet_ = member_b ? member_b->next : nullptr;
-  }
-
-  bool met_all() const { return !to_meet_ && !disorder_.marked(); }
+  bool met_all() const { return !to_meet_.next() && !to_meet_.strayed(); }
 
   void enter(const vessel_t* a, const vessel_t* b) {
     a_ = a;
     b_ = b;
     member_ = a->child;
     second_round_ = false;
-    to_meet_ = b->child;
-    disorder_.enter();
+    to_meet_.enter(b);
   }
 
   // Back to the members under which the two objects lie. Only the second round compares a member
@@ -127,10 +97,9 @@ class Comparison {
     const axp_t* const member_b = member_above(b_);
     a_ = member_a->parent;
     b_ = member_b->parent;
-    disorder_.leave();
-    second_round_ = disorder_.marked() && index_.find(b_, member_b->text) != member_b;
+    to_meet_.leave(member_b);
+    second_round_ = to_meet_.strayed() && index_.find(b_, *member_b) != member_b;
     member_ = (second_round_ ? member_b : member_a)->next;
-    to_meet_ = member_b->next;
   }
 
   fairlead::NameIndex index_;
@@ -138,9 +107,8 @@ class Comparison {
   const vessel_t* const top_b_;
   const vessel_t* a_ = nullptr;
   const vessel_t* b_ = nullptr;
-  const axp_t* member_ = nullptr;   // the next one to compare, of a or in the second round of b
-  const axp_t* to_meet_ = nullptr;  // of b, if the first round meets its members in order
-  LevelMarks disorder_;             // where it does not, and where the second round has begun
+  const axp_t* member_ = nullptr;  // the next one to compare, of a or in the second round of b
+  fairlead::InStep to_meet_;       // of b; strayed from that once the second round has begun
   bool second_round_ = false;
 };
 

@@ -14,12 +14,12 @@ namespace fairlead {
 // when memory runs out.
 inline talk_t* value_copy(NodePool& pool, const talk_t* value) {
   if (!is_render(value)) return pool.node(JSON_OBJECT);
-  return value->text ? pool.text_node(JSON_STRING, value->text) : fail<talk_t*>(EINVAL);
+  return value->text ? pool.string_like(*value) : fail<talk_t*>(EINVAL);
 }
 
 // A member of the same name, which may be empty: read from text, such names exist.
 inline axp_t* member_copy(NodePool& pool, const axp_t* member) {
-  OwnedTalk copy(pool.text_node(JSON_STRING, member->text));
+  OwnedTalk copy(pool.string_like(*member));
   OwnedTalk value(value_copy(pool, member->child));
   if (!copy || !value) return nullptr;
   link_last(copy.get(), value.release());

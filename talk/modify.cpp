@@ -22,7 +22,7 @@ class Merge {
     fairlead::ParallelWalk walk(source, target);
     while (const axp_t* member = walk.next()) {
       if (!fairlead::name_of(member)) continue;
-      axp_t* const own = counterpart(walk.side(), member);
+      axp_t* const own = counterpart(walk, member);
       if (own && is_vessel(member->child) && is_vessel(own->child)) walk.enter(member, own->child);
     }
     return result_;
@@ -38,9 +38,11 @@ class Merge {
  private:
   // The member of that name, existing or new, with its value ready for what lies below. Null when
   // memory runs out.
-  axp_t* counterpart(vessel_t* target, const axp_t* source) {
-    axp_t* own = index_.find(target, source->text);
+  axp_t* counterpart(fairlead::ParallelWalk& walk, const axp_t* source) {
+    vessel_t* const target = walk.side();
+    axp_t* own = index_.find(target, *source, walk.beside());
     if (own) {
+      walk.met(own);
       take_over(source, own);
       return own;
     }
@@ -58,6 +60,10 @@ class Merge {
     const bool replaces =
         fairlead::is_render(value) || (is_vessel(value) && !is_vessel(own->child));
     if (!replaces) return;
+    if (overwrites(own->child, value)) {
+      result_ = 1;
+      return;
+    }
     OwnedTalk copy(fairlead::value_copy(pool_, value));
     if (!copy) {
       failed();
@@ -66,6 +72,13 @@ class Merge {
     if (own->child) discard(own->child);
     fairlead::link_last(own, copy.release());
     result_ = 1;
+  }
+
+  // A string takes the place of another one where it has room: two thirds of a merge's time were
+  // spent on making and freeing nodes.
+  static bool overwrites(talk_t* old_value, const talk_t* value) {
+    return fairlead::is_render(old_value) && fairlead::is_render(value) && value->text &&
+           fairlead::overwrite_text(old_value, value->text);
   }
 
   // An object that the index may know keeps its address until the end: a new one in its place would

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/errno_keeper.h"
+#include "talk/json/node.h"
 #include "talk/roles.h"
 
 namespace {
@@ -17,22 +18,47 @@ constexpr size_t kSmall = 16;
 constexpr size_t kPatience = 4096;
 constexpr uint32_t kMostEntries = uint32_t{1} << 30;
 
-bool has_name(const json_t* node, const char* name) {
-  const char* own = fairlead::name_of(node);
-  return own && strcmp(own, name) == 0;
+using fairlead::named_as;
+
+// The first member of that name among the first few; `rest` is what follows those, if it is not.
+json_t* find_early(const json_t* vessel, const json_t& wanted, json_t*& rest) {
+  json_t* member = vessel->child;
+  for (size_t i = 0; member && i < kSmall; ++i, member = member->next)
+    if (named_as(member, wanted)) return member;
+  rest = member;
+  return nullptr;
+}
+
+size_t count_members(const json_t* vessel) {
+  size_t count = 0;
+  for (const json_t* member = vessel->child; member; member = member->next) ++count;
+  return count;
 }
 
 }  // namespace
 
-json_t* fairlead::NameIndex::find(const json_t* vessel, const char* name) {
-  json_t* member = vessel->child;
-  for (size_t i = 0; i < kSmall; ++i, member = member->next)
-    if (!member || has_name(member, name)) return member;
-  if (!member) return nullptr;
+json_t* fairlead::NameIndex::find(const json_t* vessel, const json_t& wanted) {
+  json_t* rest = nullptr;
+  json_t* const early = find_early(vessel, wanted, rest);
+  return rest ? find_late(vessel, rest, wanted) : early;
+}
 
+json_t* fairlead::NameIndex::find(const json_t* vessel, const json_t& wanted, InStep& beside) {
+  if (!kByWords) return find(vessel, wanted);
+  if (json_t* const next = beside.find(wanted)) return next;
+  json_t* rest = nullptr;
+  json_t* const early = find_early(vessel, wanted, rest);
+  if (!rest) return early;
+  if (rest == beside.next() && beside.begin_to_count())
+    if (json_t* const next = beside.find(wanted)) return next;
+  return find_late(vessel, rest, wanted);
+}
+
+// Goes on where the first few members did not have the name.
+json_t* fairlead::NameIndex::find_late(const json_t* vessel, json_t* member, const json_t& wanted) {
   if (holds(vessel) || (steps_ > kPatience && enter(vessel)))
-    return entries()[*link_to(vessel, name)].member;
-  for (; member && !has_name(member, name); member = member->next) ++steps_;
+    return entries()[*link_to(vessel, wanted.text)].member;
+  for (; member && !named_as(member, wanted); member = member->next) ++steps_;
   return member;
 }
 
@@ -56,9 +82,7 @@ void fairlead::NameIndex::give_up() {
 }
 
 bool fairlead::NameIndex::enter(const json_t* vessel) {
-  size_t members = 0;
-  for (const json_t* member = vessel->child; member; member = member->next) ++members;
-  if (!reserve(members + 1)) return false;
+  if (!reserve(count_members(vessel) + 1)) return false;
 
   // From the last member to the first: the one entered last is found first, as the first namesake
   // must be.

@@ -7,6 +7,7 @@
 
 #include "base/owned.h"
 #include "fairlead/talk/json.h"
+#include "talk/in_step.h"
 #include "talk/name_hash.h"
 
 namespace fairlead {
@@ -19,8 +20,12 @@ namespace fairlead {
 // may stay in the table, but no new object may get its address while the index lives.
 class NameIndex {
  public:
-  // The first member of that name, or null.
-  json_t* find(const json_t* vessel, const char* name);
+  // The first member that is named as `wanted` is, which has a name; or null.
+  json_t* find(const json_t* vessel, const json_t& wanted);
+
+  // The same for an object that is walked in step with the one of `wanted`: a hundred thousand
+  // members in the same order are found in a tenth of the time that the table takes.
+  json_t* find(const json_t* vessel, const json_t& wanted, InStep& beside);
 
   // A member was appended to its object, which held none of its name.
   void appended(json_t* member);
@@ -42,6 +47,7 @@ class NameIndex {
     uint32_t next;  // in the same bucket; 0 ends it
   };
 
+  json_t* find_late(const json_t* vessel, json_t* member, const json_t& wanted);
   bool holds(const json_t* vessel) const {
     return holds_objects() && *link_to(vessel, nullptr) != 0;
   }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "fairlead/talk/json.h"
+#include "talk/in_step.h"
 
 namespace fairlead {
 
@@ -11,7 +12,9 @@ namespace fairlead {
 class ParallelWalk {
  public:
   ParallelWalk(const json_t* vessel, json_t* side)
-      : top_(vessel), vessel_(vessel), next_(vessel->child), side_(side) {}
+      : top_(vessel), vessel_(vessel), next_(vessel->child), side_(side) {
+    if (kByWords) beside_.enter(side);
+  }
 
   // The next member, or null when all are done. It is the caller's to remove.
   const json_t* next() {
@@ -23,12 +26,20 @@ class ParallelWalk {
 
   json_t* side() const { return side_; }
 
+  // Where in the side the member may be that was visited last; told by `met` where it was found.
+  // Followed only where a look-up by words makes use of it.
+  InStep& beside() { return beside_; }
+  void met(const json_t* member) {
+    if (kByWords) beside_.met(member);
+  }
+
   // Goes on with the object below the member that was visited last; `side` must be an object below
   // a member of the present side.
   void enter(const json_t* member, json_t* side) {
     vessel_ = member->child;
     next_ = vessel_->child;
     side_ = side;
+    if (kByWords) beside_.enter(side);
   }
 
  private:
@@ -36,6 +47,7 @@ class ParallelWalk {
     const json_t* member = vessel_->parent;
     vessel_ = member->parent;
     next_ = member->next;
+    if (kByWords) beside_.leave(side_->parent);
     side_ = side_->parent->parent;
   }
 
@@ -43,6 +55,7 @@ class ParallelWalk {
   const json_t* vessel_;
   const json_t* next_;
   json_t* side_;
+  InStep beside_;
 };
 
 }  // namespace fairlead

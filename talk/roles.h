@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "fairlead/talk/json.h"
+#include "talk/json/node.h"
 
 namespace fairlead {
 
@@ -20,6 +21,11 @@ inline bool is_axp(const json_t* node) {
 // The text of a string node; null for anything else.
 inline const char* name_of(const json_t* node) {
   return is_string_node(node) ? node->text : nullptr;
+}
+
+// Whether a node has the name of `wanted`, which has one.
+inline bool named_as(const json_t* node, const json_t& wanted) {
+  return name_of(node) && same_text(*node, wanted);
 }
 
 // The first node of that name among `node` and its later siblings; a null name fits every node that

@@ -19,9 +19,10 @@ int prune(const vessel_t* rule, vessel_t* target) {
   fairlead::NameIndex index;
   fairlead::ParallelWalk walk(rule, target);
   while (const axp_t* member = walk.next()) {
-    const char* name = fairlead::name_of(member);
-    axp_t* const own = name ? index.find(walk.side(), name) : nullptr;
+    if (!fairlead::name_of(member)) continue;
+    axp_t* const own = index.find(walk.side(), *member, walk.beside());
     if (!own) continue;
+    walk.met(own);
     if (!looks_inside(member)) {
       index.removing(own);
       TalkFree(own);

@@ -49,15 +49,17 @@ class Release {
 // way back is the parent link and no stack is needed.
 void release_tree(json_t* top) {
   Release release;
-  json_t* node = top;
+  json_t* at = top;
   while (true) {
-    while (node->child) node = node->child;
-    json_t* const parent = node->parent;
-    json_t* const next = node->next;
-    release(node);
-    if (node == top) return;
-    parent->child = next;
-    node = next ? next : parent;
+    while (at->child) at = at->child;
+    for (json_t* next = nullptr; !next;) {
+      json_t* const parent = at->parent;
+      next = at->next;
+      const bool last = at == top;
+      release(at);
+      if (last) return;
+      at = next ? next : parent;
+    }
   }
 }
 
@@ -86,20 +88,23 @@ json_error check_insert(const json_t* parent, const json_t* child) {
 
 }  // namespace
 
+bool fairlead::overwrite_text(json_t* node, std::string_view text) {
+  if (!has_inline_text(node)) return false;
+  const size_t room = padded_size(strlen(node->text));
+  if (text.size() >= room) return false;
+  memmove(node->text, text.data(), text.size());
+  memset(node->text + text.size(), '\0', room - text.size());
+  return true;
+}
+
 bool fairlead::set_node_text(json_t* node, std::string_view text) {
-  const bool is_inline = fairlead::has_inline_text(node);
-  const size_t room = is_inline ? fairlead::padded_size(strlen(node->text)) : 0;
-  if (text.size() < room) {
-    memmove(node->text, text.data(), text.size());
-    memset(node->text + text.size(), '\0', room - text.size());
-    return true;
-  }
+  if (overwrite_text(node, text)) return true;
   if (text.size() == SIZE_MAX) return fail<bool>(ENOMEM);
   OwnedText copy(static_cast<char*>(malloc(text.size() + 1)));
   if (!copy) return false;
   memcpy(copy.get(), text.data(), text.size());
   copy.get()[text.size()] = '\0';
-  if (!is_inline) free(node->text);
+  if (!has_inline_text(node)) free(node->text);
   node->text = copy.release();
   return true;
 }

@@ -29,6 +29,28 @@ inline bool has_inline_text(const json_t* node) {
   return node->text == reinterpret_cast<const char*>(node + 1);
 }
 
+// Whether two nodes have the same text; both have one.
+inline bool same_text(const json_t& a, const json_t& b) {
+  size_t at = 0;
+  if (kByWords && has_inline_text(&a) && has_inline_text(&b)) {
+    for (; at < kShortText; at += kTextWordSize) {
+      const TextWord word = load_word(a.text + at);
+      const TextWord difference = word ^ load_word(b.text + at);
+      if (nul_bytes(word)) return (difference & bits_up_to_nul(word)) == 0;
+      if (difference) return false;
+    }
+  }
+  return strcmp(a.text + at, b.text + at) == 0;
+}
+
+// The padded size of a text that lies behind its record and is short; 0 for any other.
+inline size_t short_text_size(const json_t& node) {
+  if (!kByWords || !has_inline_text(&node)) return 0;
+  for (size_t at = 0; at < kShortText; at += kTextWordSize)
+    if (nul_bytes(load_word(node.text + at))) return at + kTextWordSize;
+  return 0;
+}
+
 // The node in a space of kNodeSize bytes or more, without a value yet; null for no space.
 inline json_t* node_in(void* space, NodeSlab* slab) {
   if (!space) return nullptr;
@@ -60,6 +82,10 @@ inline size_t node_size(std::string_view text) {
   constexpr size_t kLongest = SIZE_MAX - kNodeSize - kTextWordSize;
   return text.size() < kLongest ? kNodeSize + padded_size(text.size()) : SIZE_MAX;
 }
+
+// Puts a copy of `text` in the place of a node's text, behind its record; false if it has no room
+// there. It may be the present text or a part of it.
+bool overwrite_text(json_t* node, std::string_view text);
 
 // Gives a node a copy of `text`, which may be the node's present text or a part of it.
 // False when memory runs out: the old text stays.

@@ -11,7 +11,6 @@ constexpr uint32_t kFilling = uint32_t{1} << 31;
 
 constexpr size_t kSmallestSlab = 256;
 constexpr size_t kLargestSlab = 4096 - 2 * sizeof(void*);  // with what malloc adds, a page
-constexpr size_t kLongestShared = kSmallestSlab;
 
 // A sanitizer watches blocks, so that there each node has a slab of its own.
 #ifdef FAIRLEAD_SANITIZED
@@ -30,21 +29,13 @@ namespace fairlead {
 
 NodePoolState NodePool::pause() { return std::exchange(state_, {nullptr, 0}); }
 
-json_t* NodePool::place(size_t size) {
+json_t* NodePool::place_anew(size_t size) {
   if (size > kLongestShared) return node_alone(size);
-  const size_t padded = (size + sizeof(void*) - 1) & ~(sizeof(void*) - 1);
-  if (!state_.slab || padded > state_.slab->size - state_.slab->used) [[unlikely]] {
-    if (state_.total < kSmallestSlab) {
-      state_.total += padded;
-      return node_alone(size);
-    }
-    if (!open_slab(padded)) return nullptr;
+  if (state_.total < kSmallestSlab) {
+    state_.total += size;
+    return node_alone(size);
   }
-  NodeSlab& slab = *state_.slab;
-  void* const space = reinterpret_cast<char*>(&slab) + slab.used;
-  slab.used += static_cast<uint32_t>(padded);
-  ++slab.made;
-  return node_in(space, &slab);
+  return open_slab(size) ? place(size) : nullptr;
 }
 
 // Replaces the slab by one with room for as much as was made so far.

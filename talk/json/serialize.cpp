@@ -11,13 +11,6 @@
 
 namespace {
 
-// Where bytes of code count more than time.
-#ifdef __OPTIMIZE_SIZE__
-constexpr bool kByWords = false;
-#else
-constexpr bool kByWords = true;
-#endif
-
 // A text of up to this length, as most are, is made without a block that grows.
 constexpr size_t kFirstRoom = 4096;
 
@@ -42,7 +35,8 @@ class TextOutput {
 
   void quoted(const json_t& node, bool label) {
     put('"');
-    if (kByWords && fairlead::has_inline_text(&node) && copy_short(node.text, label)) return;
+    if (fairlead::kByWords && fairlead::has_inline_text(&node) && copy_short(node.text, label))
+      return;
     add(node.text);
     put('"');
     if (label) put(':');
@@ -60,13 +54,11 @@ class TextOutput {
   }
 
  private:
-  static constexpr size_t kShort = 4 * fairlead::kTextWordSize;
-
   // Most texts are a word or two: copied by words, they take half the time of strlen and memcpy.
   // Ends the string too; false when its text is longer.
   bool copy_short(const char* text, bool label) {
-    if (!reserve(kShort + 2)) return false;
-    for (size_t done = 0; done < kShort; done += fairlead::kTextWordSize) {
+    if (!reserve(fairlead::kShortText + 2)) return false;
+    for (size_t done = 0; done < fairlead::kShortText; done += fairlead::kTextWordSize) {
       const fairlead::TextWord word = fairlead::load_word(text + done);
       memcpy(at_ + done, &word, sizeof word);
       if (!fairlead::nul_bytes(word)) continue;

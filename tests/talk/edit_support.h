@@ -1,9 +1,13 @@
 // What the tests of whole-document operations share: large, deep and random documents, and a clock.
 #pragma once
 
+#include <algorithm>
 #include <ctime>
+#include <numeric>
 #include <random>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "support/small_stack.h"
 #include "talk_support.h"
@@ -74,6 +78,62 @@ class RandomDocuments {
     if (kind == 3) return VesselCreate();
     if (kind < 10 && depth > 0) return object(below(members) + 1, names, depth - 1);
     return RenderCreate(std::to_string(below(3)).c_str());
+  }
+
+  std::mt19937 random_;
+};
+
+// Pairs of documents whose members mostly come in the same order: names that ascend or are mixed,
+// and in each of the two perhaps a member that was moved, removed, doubled, renamed or given
+// another value.
+class AlikeDocuments {
+ public:
+  explicit AlikeDocuments(unsigned seed) : random_(seed) {}
+
+  std::pair<OwnedTalk, OwnedTalk> next(int members, bool ascending) {
+    OwnedTalk one(object(members, ascending, 1));
+    if (below(2)) change(one.get());
+    OwnedTalk other(VesselDup(one.get()));
+    if (below(2)) change(other.get());
+    return {std::move(one), std::move(other)};
+  }
+
+ private:
+  int below(int limit) { return std::uniform_int_distribution<>(0, limit - 1)(random_); }
+
+  talk_t* object(int members, bool ascending, int depth) {
+    std::vector<int> names(static_cast<size_t>(members));
+    std::iota(names.begin(), names.end(), 95);
+    if (!ascending) std::shuffle(names.begin(), names.end(), random_);
+    talk_t* vessel = VesselCreate();
+    for (int name : names) {
+      talk_t* value = depth > 0 && below(8) == 0 ? object(members, below(2) == 0, depth - 1)
+                                                 : RenderCreate("x");
+      VesselAdd(vessel, AxpCreate(("name" + std::to_string(name)).c_str(), value));
+    }
+    return vessel;
+  }
+
+  void change(talk_t* vessel) {
+    axp_t* member = VesselEach(vessel, nullptr);
+    for (int i = below(VesselCount(vessel)); i > 0; --i) member = VesselEach(vessel, member);
+    if (VesselCheck(AxpGetX(member)) && below(3)) return change(AxpGetX(member));
+    switch (below(5)) {
+      case 0:
+        VesselAdd(vessel, VesselSplit(vessel, member));
+        break;
+      case 1:
+        VesselDelete(vessel, member);
+        break;
+      case 2:
+        VesselAdd(vessel, AxpCreate(AxpGet(member), RenderCreate(below(2) ? "x" : "y")));
+        break;
+      case 3:
+        AxpSet(member, (AxpGet(member) + std::string(40, 'n')).c_str());
+        break;
+      default:
+        AxpSetS(member, below(2) ? "y" : "a text that is longer than the one before");
+    }
   }
 
   std::mt19937 random_;

@@ -192,6 +192,30 @@ TEST_F(ModifyTest, random_documents_merge_as_step_by_step) {
   }
 }
 
+TEST_F(ModifyTest, documents_that_are_alike_merge_as_step_by_step) {
+  fairlead_test::AlikeDocuments alike(5);
+  for (int members : {2, 15, 16, 17, 18, 40, 200}) {
+    for (int round = 0; round < 60; ++round) {
+      const auto [source, target] = alike.next(members, round % 2 == 0);
+      OwnedTalk expected(VesselDup(target.get()));
+      const int result = merge_step_by_step(source.get(), expected.get());
+      EXPECT_EQ(result, VesselModify(source.get(), target.get()));
+      ASSERT_EQ(text_of(expected), text_of(target)) << members << " members, round " << round;
+    }
+  }
+}
+
+TEST_F(ModifyTest, a_string_overwrites_another_of_any_length) {
+  OwnedTalk target = document(R"({"a":""})");
+  for (size_t length : {0, 1, 7, 8, 9, 15, 16, 300, 17, 16, 8, 7, 1, 0, 300}) {
+    const std::string text(length, 'x');
+    const std::string source = "{\"a\":\"" + text + "\"}";
+    EXPECT_EQ(1, VesselModify(document(source).get(), target.get()));
+    EXPECT_EQ(source, text_of(target));
+    EXPECT_EQ(1, TalkEqual(document(source).get(), target.get()));
+  }
+}
+
 TEST_F(ModifyTest, replaced_objects_are_not_taken_for_new_ones) {
   OwnedTalk source(VesselCreate());
   for (int i = 0; i < 300; ++i) {
@@ -222,7 +246,7 @@ TEST_F(ModifyTest, lost_memory_counts_as_minus_one_and_costs_only_its_member) {
 }
 
 TEST_F(ModifyTest, the_last_result_that_is_not_zero_wins) {
-  OwnedTalk source = document(R"({"a":"1","e":{}})");
+  OwnedTalk source = document(R"({"a":"longer than before","e":{}})");
   OwnedTalk target = document(R"({"a":"0","e":{}})");
   Fault fault(Call::kMalloc, {.error = ENOMEM, .times = kForever});
   EXPECT_FAILS(ENOMEM, -1, VesselModify(source.get(), target.get()));

@@ -130,6 +130,19 @@ TEST_F(RuleTest, random_documents_are_pruned_as_step_by_step) {
   }
 }
 
+TEST_F(RuleTest, documents_that_are_alike_are_pruned_as_step_by_step) {
+  fairlead_test::AlikeDocuments alike(6);
+  for (int members : {2, 15, 16, 17, 18, 40, 200}) {
+    for (int round = 0; round < 60; ++round) {
+      const auto [rule, target] = alike.next(members, round % 2 == 0);
+      OwnedTalk expected(VesselDup(target.get()));
+      const int result = prune_step_by_step(rule.get(), expected.get());
+      EXPECT_EQ(result, VesselDeleteRule(rule.get(), target.get()));
+      ASSERT_EQ(text_of(expected), text_of(target)) << members << " members, round " << round;
+    }
+  }
+}
+
 TEST_F(RuleTest, a_removal_without_memory_for_an_index_is_the_same) {
   OwnedTalk rule = wide_document(500, 1000);
   OwnedTalk target = wide_document(0, 1000);
