@@ -12,6 +12,7 @@
 #include "fairlead/fairlead.h"
 #include "support/capture.h"
 #include "support/device_test.h"
+#include "support/spelled.h"
 
 namespace fairlead_test {
 
@@ -42,18 +43,6 @@ class ChannelTest : public DeviceTest {
 
   static inline volatile int signals_ = 0;
 };
-
-// The answer as text: "null", "done", "failed", or the document's; a document is freed.
-inline std::string spelled(talk_t* answer) {
-  if (!answer) return "null";
-  if (answer == TALK_DONE) return "done";
-  if (answer == TALK_FAILED) return "failed";
-  char* text = TalkString(answer);
-  std::string result = text ? text : "no text form";
-  free(text);
-  TalkFree(answer);
-  return result;
-}
 
 // The memory of this process that is in use. What a sanitizer keeps of freed blocks counts as well.
 inline size_t resident_bytes() {

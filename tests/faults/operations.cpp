@@ -8,6 +8,7 @@
 
 #include "fairlead/fairlead.h"
 #include "support/device_test.h"
+#include "support/spelled.h"
 
 namespace fairlead_test {
 namespace {
@@ -27,23 +28,13 @@ class Document {
   talk_t* talk_;
 };
 
-std::string spelled_and_freed(talk_t* answer) {
-  if (!answer) return "nothing";
-  if (answer == TALK_DONE || answer == TALK_FAILED) return "a code";
-  char* text = TalkString(answer);
-  const std::string result = text ? text : "no text";
-  free(text);
-  TalkFree(answer);
-  return result;
-}
-
 void put_script(const std::string& path, const std::string& body) {
   put_file(path, "#!/bin/sh\n" + body, 0755);
 }
 
 void no_wan() {}
 void old_wan() { put_file(kWan, kOld); }
-std::string wan() { return spelled_and_freed(ConfigGet("wan", nullptr, nullptr)); }
+std::string wan() { return spelled(ConfigGet("wan", nullptr, nullptr)); }
 
 int save() {
   const Document document("{\"mtu\":\"1492\"}");
@@ -61,7 +52,7 @@ int set_in_a_new_folder() {
   const Document document("{\"mtu\":\"1492\"}");
   return document.get() && ConfigSet("net/lte/apn", nullptr, nullptr, document.get());
 }
-std::string apn() { return spelled_and_freed(ConfigGet("net/lte/apn", nullptr, nullptr)); }
+std::string apn() { return spelled(ConfigGet("net/lte/apn", nullptr, nullptr)); }
 void old_apn() {
   make_directories("/etc/config/net/lte");
   put_file("/etc/config/net/lte/apn.cfg", kOld);
@@ -73,7 +64,7 @@ int set_below_odd_names() {
   const Document document("{\"mtu\":\"1492\"}");
   return document.get() && ConfigSet("a b/c$d/apn", nullptr, nullptr, document.get());
 }
-std::string odd() { return spelled_and_freed(ConfigGet("a b/c$d/apn", nullptr, nullptr)); }
+std::string odd() { return spelled(ConfigGet("a b/c$d/apn", nullptr, nullptr)); }
 
 void project() {
   put_file("/prj/net/port.adp", "");
@@ -85,7 +76,7 @@ void bound() {
 }
 int bind_object() { return DynAdpCreate("lan/one", "net/port"); }
 int unbind_object() { return DynAdpDelete("uplink"); }
-std::string bindings() { return spelled_and_freed(DynAdpList(nullptr)); }
+std::string bindings() { return spelled(DynAdpList(nullptr)); }
 
 void tied() { put_file("/tmp/.var/joint.cache", R"({"wan":{"up":{"dns.restart":""}}})"); }
 int tie() { return JointCreate("wan", "up", "lan", "refresh"); }
@@ -99,14 +90,14 @@ int cast() {
   JointCast("wan", "up", nullptr);
   return 1;
 }
-std::string joints() { return spelled_and_freed(JointList(nullptr)); }
+std::string joints() { return spelled(JointList(nullptr)); }
 
 // Whether a file could be copied is not told by the call.
 int install() {
   return ConfigInstall("net") == 1 && file_content("/etc/config/net/wan.cfg") == kOld;
 }
 void defaults() { put_file("/prj/net/wan.cfg", kOld); }
-std::string installed() { return spelled_and_freed(ConfigGet("net/wan", nullptr, nullptr)); }
+std::string installed() { return spelled(ConfigGet("net/wan", nullptr, nullptr)); }
 
 // Makes the store as well.
 int set_value() {
@@ -127,14 +118,12 @@ std::string small() {
 }
 
 // Nothing changes in these: what counts is what they leave.
-int isolated_get() {
-  return spelled_and_freed(AdpSecureGet(nullptr, "wan", nullptr, nullptr)) == kOld;
-}
+int isolated_get() { return spelled(AdpSecureGet(nullptr, "wan", nullptr, nullptr)) == kOld; }
 int isolated_set() {
   return AdpSecureSet(nullptr, "wan", nullptr, "dns/second", nullptr, "1.1.1.1");
 }
 int script_get() {
-  return spelled_and_freed(AdpGet(nullptr, "net/lamp", nullptr, nullptr)) == "{\"state\":\"on\"}";
+  return spelled(AdpGet(nullptr, "net/lamp", nullptr, nullptr)) == "{\"state\":\"on\"}";
 }
 int run_command() { return system_call(5, 1, "true") == 0 && errno == 0; }
 int run_shell() { return system_string("true") == 0; }

@@ -88,7 +88,7 @@ TEST_F(HostileClockTest, neither_shortens_nor_lengthens_a_wait) {
       EXPECT_EQ(ETIMEDOUT, errno);
     });
     const int64_t script = milliseconds_of(
-        [] { EXPECT_EQ("on", spelled_and_freed(AdpGet(nullptr, "net/lamp", nullptr, nullptr))); });
+        [] { EXPECT_EQ("on", spelled(AdpGet(nullptr, "net/lamp", nullptr, nullptr))); });
     for (const int64_t taken : {lock, command, script}) {
       EXPECT_GE(taken, 900);
       EXPECT_LT(taken, 15000);

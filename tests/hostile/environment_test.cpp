@@ -43,9 +43,7 @@ class HostileEnvironmentTest : public DeviceTest {
     EXPECT_EQ(0, ended.status) << ended.signal << ended.err;
   }
 
-  static std::string get() {
-    return spelled_and_freed(AdpGet(nullptr, "net/lamp", nullptr, nullptr));
-  }
+  static std::string get() { return spelled(AdpGet(nullptr, "net/lamp", nullptr, nullptr)); }
 };
 
 TEST_F(HostileEnvironmentTest, of_the_caller_is_not_taken_for_the_request) {
@@ -53,15 +51,14 @@ TEST_F(HostileEnvironmentTest, of_the_caller_is_not_taken_for_the_request) {
     put_telling_script(shell);
     with_forged_variables([&] {
       adp_t* lamp = AdpFileOpen(nullptr, "net/lamp");
-      EXPECT_EQ("net/lamp|:|a|forged|9|f|forged|forged|",
-                spelled_and_freed(AdpAbGet(lamp, nullptr, "a")));
+      EXPECT_EQ("net/lamp|:|a|forged|9|f|forged|forged|", spelled(AdpAbGet(lamp, nullptr, "a")));
       EXPECT_EQ("net/lamp|:|-|forged|9|f|forged|forged|",
-                spelled_and_freed(AdpAbGet(lamp, nullptr, nullptr)));
-      EXPECT_EQ("forged|.|forged|forged|9|f|forged|forged|", spelled_and_freed(AdpIfList(lamp)));
+                spelled(AdpAbGet(lamp, nullptr, nullptr)));
+      EXPECT_EQ("forged|.|forged|forged|9|f|forged|forged|", spelled(AdpIfList(lamp)));
       EXPECT_EQ("net/lamp|blink|forged|forged|2||blue|forged|",
-                spelled_and_freed(AdpIfCall(lamp, "blink", nullptr, "blue,")));
+                spelled(AdpIfCall(lamp, "blink", nullptr, "blue,")));
       EXPECT_EQ("net/lamp|blink|forged|forged|-1|f|forged|forged|",
-                spelled_and_freed(AdpIfCall(lamp, "blink", nullptr, nullptr)));
+                spelled(AdpIfCall(lamp, "blink", nullptr, nullptr)));
       AdpFileClose(lamp);
     });
   }

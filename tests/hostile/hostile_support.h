@@ -22,6 +22,7 @@
 #include "fairlead/fairlead.h"
 #include "support/child.h"
 #include "support/device_test.h"
+#include "support/spelled.h"
 
 namespace fairlead_test {
 
@@ -44,16 +45,6 @@ inline std::string picture(const std::vector<std::string>& but_for = {}) {
   std::string text;
   for (const std::string& line : lines) text += line + "\n";
   return text;
-}
-
-inline std::string spelled_and_freed(talk_t* answer) {
-  if (!answer) return "nothing";
-  if (answer == TALK_DONE || answer == TALK_FAILED) return "a code";
-  char* text = TalkString(answer);
-  const std::string result = text ? text : "no text";
-  free(text);
-  TalkFree(answer);
-  return result;
 }
 
 // What an action has lost, where a sanitizer can tell. A child ends without the usual report.

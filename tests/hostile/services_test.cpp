@@ -98,8 +98,8 @@ TEST_F(HostileServicesTest, meet_any_file_in_the_place_of_a_record) {
       // The noise is text where a record has its object's name.
       const bool names_object = strcmp(kind.name, "noise") == 0;
       EXPECT_EQ(-1, ServicePid("wan")) << kind.name;
-      EXPECT_EQ(names_object, spelled_and_freed(ServiceInfo("wan")) != "nothing") << kind.name;
-      EXPECT_EQ(names_object, spelled_and_freed(ServiceList()) != "{}") << kind.name;
+      EXPECT_EQ(names_object, spelled(ServiceInfo("wan")) != "null") << kind.name;
+      EXPECT_EQ(names_object, spelled(ServiceList()) != "{}") << kind.name;
       EXPECT_EQ(0, DaemonCheck()) << kind.name;
       wait_for_daemons();
       EXPECT_EQ(-1, ServiceReset("wan")) << kind.name;

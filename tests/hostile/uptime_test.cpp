@@ -78,7 +78,7 @@ TEST_F(UptimeTest, of_any_length_neither_shortens_nor_lengthens_a_wait) {
   const std::function<void()> waits[] = {
       [] { EXPECT_EQ(-1, lock_open("/tmp/held", O_RDWR, 0, 1)); },
       [] { EXPECT_EQ(-1, system_call(1, 1, "sleep 60")); },
-      [] { EXPECT_EQ("on", spelled_and_freed(AdpGet(nullptr, "net/lamp", nullptr, nullptr))); },
+      [] { EXPECT_EQ("on", spelled(AdpGet(nullptr, "net/lamp", nullptr, nullptr))); },
   };
   std::vector<std::unique_ptr<Child>> children;
   for (const int64_t uptime : kShortlyBefore)

@@ -132,7 +132,7 @@ TEST_F(FlashTest, leaves_the_outputs_untouched_when_no_line_has_the_name) {
 
 TEST_F(FlashTest, only_lines_that_begin_with_a_partition_number_count) {
   for (const char* line : {"mtd: x", "mtd-1: x", "mtd x", "mtd3 x", "mtd99999999999: x", " mtd3: x",
-                           "MTD3: x", "mtd3", "x", ""})
+                           "MTD3: x", "abc3: mtd x", "mtd3", "x", ""})
     with_flash(line, {}, [line] {
       EXPECT_STREQ("untouched", find("x").character) << line;
       EXPECT_STREQ("untouched", find("mtd").character) << line;

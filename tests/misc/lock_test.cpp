@@ -99,6 +99,15 @@ TEST_F(LockTest, set_without_wait_keeps_every_errno_of_the_system) {
   EXPECT_EQ(EINVAL, errno);
 }
 
+// What a lock held elsewhere is told by depends on the file system.
+TEST_F(LockTest, set_waits_whichever_errno_says_that_the_lock_is_held) {
+  for (int error : {EAGAIN, EACCES}) {
+    Fault held(Call::kFcntl, {.error = error});
+    EXPECT_EQ(1, lockfd_set(fd_, 1, 0, 0, 0, 1));
+    EXPECT_TRUE(held.fired());
+  }
+}
+
 TEST_F(LockTest, set_tells_every_failure_of_a_wait_as_ebusy) {
   for (int seconds : {-1, 1}) {
     errno = 0;

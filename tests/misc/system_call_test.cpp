@@ -67,6 +67,7 @@ TEST_F(SystemCallTest, gives_127_when_nothing_can_be_started) {
 
 TEST_F(SystemCallTest, splits_at_runs_of_blanks) {
   EXPECT_EQ("[a][b][c]", output("  printf   [%s] a  b \t c  "));
+  EXPECT_EQ("[a\nb]", output("printf [%s] a\nb")) << "a line end is none";
 }
 
 TEST_F(SystemCallTest, passes_quotes_and_shell_characters_as_they_stand) {
@@ -233,6 +234,20 @@ TEST_F(SystemCallTest, gives_the_command_the_callers_mask_and_ignored_signals) {
   EXPECT_EQ(ignored, signal_set("/tmp/status", "SigIgn"));
   EXPECT_EQ(bit(SIGPIPE), ignored & bit(SIGPIPE));
   EXPECT_EQ(0u, signal_set("/tmp/status", "SigCgt"));
+}
+
+TEST_F(SystemCallTest, opens_its_signals_and_keeps_the_others_blocked) {
+  misc_test::Blocked blocked({SIGINT, SIGQUIT, SIGCHLD, SIGALRM, SIGHUP});
+  fairlead_test::put_file("/tmp/look",
+                          "until grep -q 'State:.S' /proc/$PPID/status; do :; done\n"
+                          "cat /proc/$PPID/status >/tmp/out");
+  for (int seconds : {0, 60}) {
+    EXPECT_EQ(0, system_call(seconds, 0, "sh /tmp/look"));
+    const uint64_t keys = bit(SIGINT) | bit(SIGQUIT);
+    const uint64_t opened = keys | bit(SIGCHLD) | bit(SIGALRM);
+    EXPECT_EQ(bit(SIGHUP), signal_set("/tmp/out", "SigBlk") & (opened | bit(SIGHUP)));
+    EXPECT_EQ(keys, signal_set("/tmp/out", "SigIgn") & opened);
+  }
 }
 
 // Before it becomes the command, the child shares this process' memory.

@@ -14,6 +14,7 @@
 
 #include "fairlead/fairlead.h"
 #include "support/device_test.h"
+#include "support/spelled.h"
 
 namespace fairlead_test {
 
@@ -34,15 +35,6 @@ inline std::string record_of(const std::string& object, const std::string& inter
 
 inline void put_record(const std::string& service, const std::string& content) {
   put_file(record_path(service), content);
-}
-
-inline std::string spelled(vessel_t* document) {
-  if (!document) return "null";
-  char* text = VesselString(document);
-  const std::string result = text ? text : "no text form";
-  free(text);
-  TalkFree(document);
-  return result;
 }
 
 class ServiceTest : public DeviceTest {

@@ -110,6 +110,13 @@ TEST_F(EqualTest, every_namesake_is_compared_with_the_first_of_the_other_side) {
   EXPECT_FALSE(equal(R"({"a":{"x":"1"},"b":"2","a":{}})", R"({"b":"2","a":{"x":"1"}})"));
 }
 
+TEST_F(EqualTest, many_namesakes_with_objects_are_compared_one_by_one) {
+  const std::string one = R"({"a":{"x":"1"}})";
+  EXPECT_TRUE(equal(one, R"({"a":{"x":"1"},"a":{"x":"1"},"a":{"x":"1"},"a":{"x":"1"}})"));
+  EXPECT_FALSE(equal(one, R"({"a":{"x":"1"},"a":{"x":"1"},"a":{"x":"1"},"a":{"x":"2"}})"));
+  EXPECT_FALSE(equal(one, R"({"a":{"x":"1"},"a":{"x":"1"},"a":{"x":"1"},"b":{"x":"1"}})"));
+}
+
 TEST_F(EqualTest, a_member_without_a_value_equals_a_missing_one) {
   OwnedTalk cleared = document(R"({"a":"1","b":"2"})");
   VesselClearX(cleared.get(), "b");

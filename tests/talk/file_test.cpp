@@ -56,6 +56,15 @@ TEST_F(FileTest, what_is_no_object_is_not_saved) {
   TalkFree(render);
 }
 
+TEST_F(FileTest, errno_stays_when_a_lock_was_waited_for) {
+  put_file(kFile, "{\"a\":\"b\"}");
+  fairlead_test::Fault held(Call::kFcntl, {.error = EAGAIN});
+  errno = ENOTTY;
+  EXPECT_EQ("{\"a\":\"b\"}", read());
+  EXPECT_EQ(ENOTTY, errno);
+  EXPECT_TRUE(held.fired());
+}
+
 TEST_F(FileTest, a_missing_file_gives_null_with_enoent) {
   errno = 0;
   EXPECT_EQ(nullptr, FileVessel(kFile));

@@ -10,6 +10,7 @@
 #include "support/child.h"
 #include "support/device_test.h"
 #include "support/faults.h"
+#include "support/spelled.h"
 
 namespace {
 
@@ -38,17 +39,7 @@ class MessageTest : public fairlead_test::DeviceTest {
     ends_[1] = -1;
   }
 
-  std::string receive() {
-    talk_t* talk = FdTalk(ends_[0]);
-    if (!talk) return "null";
-    if (talk == TALK_DONE) return "done";
-    if (talk == TALK_FAILED) return "failed";
-    char* text = TalkString(talk);
-    const std::string result = text;
-    free(text);
-    TalkFree(talk);
-    return result;
-  }
+  std::string receive() { return fairlead_test::spelled(FdTalk(ends_[0])); }
 
   int ends_[2];
 };
@@ -70,6 +61,17 @@ TEST_F(MessageTest, single_bytes_are_codes) {
   send("\2");
   hang_up();
   EXPECT_EQ("failed", receive());
+}
+
+TEST_F(MessageTest, a_code_counts_behind_white_space_and_whatever_follows_it) {
+  send(std::string("\r\n \1\0", 5));
+  EXPECT_EQ("done", receive());
+  send(std::string("\1{}\0", 4));
+  EXPECT_EQ("done", receive());
+  send(std::string("\2{}\0", 4));
+  EXPECT_EQ("failed", receive());
+  send(std::string(" {\"a\":\"\1\"}\0", 11));
+  EXPECT_EQ("{\"a\":\"\1\"}", receive()) << "not in front";
 }
 
 TEST_F(MessageTest, nothing_gives_null_with_einval) {

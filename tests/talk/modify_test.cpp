@@ -127,6 +127,16 @@ TEST_F(ModifyTest, a_member_without_a_value_changes_nothing) {
   EXPECT_EQ(R"({"a":"0"})", text_of(source));
 }
 
+TEST_F(ModifyTest, a_member_without_a_name_is_passed_over) {
+  OwnedTalk source = document(R"({"a":"1"})");
+  OwnedTalk target = document(R"({"a":"0"})");
+  axp_t* bare = json_new_value(JSON_STRING);
+  AxpSetX(bare, RenderCreate("2"));
+  VesselAdd(source.get(), bare);
+  EXPECT_EQ(1, VesselModify(source.get(), target.get()));
+  EXPECT_EQ(R"({"a":"1"})", text_of(target));
+}
+
 TEST_F(ModifyTest, a_document_merged_with_itself_stays) {
   OwnedTalk twice = document(R"({"a":"1","b":{"c":"2"},"a":{"d":"3"}})");
   EXPECT_EQ(1, VesselModify(twice.get(), twice.get()));

@@ -13,8 +13,11 @@
 
 #include "fairlead/fairlead.h"
 #include "support/device_test.h"
+#include "support/spelled.h"
 
 namespace {
+
+using fairlead_test::spelled;
 
 constexpr int kThreads = 8;
 
@@ -35,14 +38,6 @@ class ThreadsTest : public fairlead_test::DeviceTest {
   }
 
   static std::string name_of(int who) { return "number" + std::to_string(who); }
-
-  static std::string spelled_and_freed(talk_t* document) {
-    char* text = TalkString(document);
-    const std::string result = text ? text : "no text";
-    free(text);
-    TalkFree(document);
-    return result;
-  }
 };
 
 // ---- talk: a document belongs to one thread at a time ----
@@ -59,7 +54,7 @@ TEST_F(ThreadsTest, each_have_documents_of_their_own) {
     EXPECT_TRUE(TalkEqual(document, same));
     EXPECT_EQ("{\"net\":{\"mtu\":\"1492\",\"dns\":{\"first\":\"9.9.9.9\"}},\"up\":\"no\",\"" +
                   name_of(who) + "\":\"" + std::to_string(round) + "\",\"new\":{\"a\":\"b\"}}",
-              spelled_and_freed(same));
+              spelled(same));
     TalkFree(change);
     TalkFree(document);
   });
@@ -74,7 +69,7 @@ TEST_F(ThreadsTest, hand_documents_on) {
       VesselSetS(document, "up", "yes");
       TalkFree(document);
     }).join();
-    EXPECT_EQ(R"({"net":{"mtu":"1500","dns":{"first":"9.9.9.9"}}})", spelled_and_freed(copy));
+    EXPECT_EQ(R"({"net":{"mtu":"1500","dns":{"first":"9.9.9.9"}}})", spelled(copy));
   });
 }
 
@@ -85,8 +80,7 @@ TEST_F(ThreadsTest, save_and_read_files_of_their_own) {
     VesselSetS(document, "round", std::to_string(round).c_str());
     EXPECT_EQ(1, VesselFile(document, path.c_str())) << strerror(errno);
     TalkFree(document);
-    EXPECT_EQ("{\"round\":\"" + std::to_string(round) + "\"}",
-              spelled_and_freed(FileVessel(path.c_str())));
+    EXPECT_EQ("{\"round\":\"" + std::to_string(round) + "\"}", spelled(FileVessel(path.c_str())));
   });
 }
 

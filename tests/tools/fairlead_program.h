@@ -12,23 +12,24 @@
 
 namespace fairlead_test {
 
-class ControlTest : public DeviceTest {
+// Any fixture, with the tool at hand.
+template <class Fixture>
+class WithControlTool : public Fixture {
  protected:
-  void SetUp() override {
-    DeviceTest::SetUp();
-    put_file("/etc/config/net/wan.cfg", R"({"mtu":"1500","dns":{"first":"::1"}})");
-    put_file("/prj/lab/answers.adp", file_content(ANSWERS_ADAPTER), 0755);
+  // Becomes the tool; 126 when that fails.
+  static int exec(const std::vector<std::string>& arguments) {
+    std::vector<char*> argv{const_cast<char*>("fairlead")};
+    for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    execv(FAIRLEAD_PROGRAM, argv.data());
+    return 126;
   }
 
   static Ended fairlead(
       const std::vector<std::string>& arguments, std::function<void()> prepare = [] {}) {
-    std::vector<char*> argv{const_cast<char*>("fairlead")};
-    for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
     return run_child([&] {
       prepare();
-      execv(FAIRLEAD_PROGRAM, argv.data());
-      return 126;
+      return exec(arguments);
     });
   }
 
@@ -43,6 +44,15 @@ class ControlTest : public DeviceTest {
   // A refused command line: the reason and the way to the help.
   static void expect_usage(const std::vector<std::string>& arguments, const std::string& reason) {
     expect(arguments, 2, "", reason + "\ntry 'fairlead --help'");
+  }
+};
+
+class ControlTest : public WithControlTool<DeviceTest> {
+ protected:
+  void SetUp() override {
+    DeviceTest::SetUp();
+    put_file("/etc/config/net/wan.cfg", R"({"mtu":"1500","dns":{"first":"::1"}})");
+    put_file("/prj/lab/answers.adp", file_content(ANSWERS_ADAPTER), 0755);
   }
 };
 

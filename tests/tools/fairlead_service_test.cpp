@@ -11,28 +11,7 @@ using fairlead_test::Child;
 using fairlead_test::Ended;
 using fairlead_test::ServiceTest;
 
-class ControlServiceTest : public ServiceTest {
- protected:
-  static Ended fairlead(const std::vector<std::string>& arguments) {
-    return fairlead_test::run_child([&] { return exec(arguments); });
-  }
-
-  static int exec(const std::vector<std::string>& arguments) {
-    std::vector<char*> argv{const_cast<char*>("fairlead")};
-    for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
-    execv(FAIRLEAD_PROGRAM, argv.data());
-    return 126;
-  }
-
-  static void expect(const std::vector<std::string>& arguments, int status, const std::string& out,
-                     const std::string& err = "") {
-    const Ended ended = fairlead(arguments);
-    EXPECT_EQ(status, ended.status);
-    EXPECT_EQ(out, ended.out);
-    EXPECT_EQ(err.empty() ? "" : "fairlead: " + err + "\n", ended.err);
-  }
-};
+class ControlServiceTest : public fairlead_test::WithControlTool<ServiceTest> {};
 
 TEST_F(ControlServiceTest, starts_shows_and_stops_a_service) {
   expect({"service", "list"}, 3, "", "there are no services");
