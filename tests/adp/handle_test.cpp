@@ -293,6 +293,11 @@ TEST_F(HandleTest, the_message_names_an_object_by_its_record_too) {
       logged([&] { EXPECT_EQ(nullptr, AdpCall(&object, nullptr, "x", nullptr, nullptr)); });
   EXPECT_NE(std::string::npos, log.find("warn: cannot open the corrent adp file for net/bad.x\n"))
       << log;
+  // The record is what is opened; the text is what is told.
+  log = logged([&] { EXPECT_EQ(nullptr, AdpCall(&object, "other", "x", nullptr, nullptr)); });
+  EXPECT_NE(std::string::npos, log.find("(/prj/net/bad.adp)")) << log;
+  EXPECT_NE(std::string::npos, log.find("warn: cannot open the corrent adp file for other.x\n"))
+      << log;
   SlashClear(&object);
   log = logged([] { EXPECT_EQ(nullptr, AdpCall(nullptr, nullptr, "x", nullptr, nullptr)); });
   EXPECT_EQ("error: argument error\nwarn: cannot open the corrent adp file for .x\n", log);

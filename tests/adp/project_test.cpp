@@ -48,6 +48,24 @@ TEST_F(ProjectTest, a_project_path_is_built_in_the_callers_buffer_or_a_static_on
   EXPECT_EQ(nullptr, ProjectPath(nullptr, nullptr, 0));
 }
 
+TEST_F(ProjectTest, without_a_buffer_each_function_has_one_of_256_bytes_of_its_own) {
+  put_file("/prj/net/wan.adp", "");
+  put_file("/prj/net/hosts", "");
+  ASSERT_EQ(1, DynAdpCreate("lan", "net/wan"));
+  const char* project = ProjectPath("net", nullptr, 0);
+  const char* adapter = ProjectAdpPath(path("net/wan"), nullptr, 0);
+  const char* file = ProjectOscPath(nullptr, 0, "net", "hosts");
+  const char* folder = ProjectVarPath(nullptr, 0, "x", nullptr);
+  const char* bound = DynAdpPath(path("lan"), nullptr, 0);
+  EXPECT_STREQ("/prj/net", project);
+  EXPECT_STREQ("/prj/net/wan.adp", adapter);
+  EXPECT_STREQ("/prj/net/hosts", file);
+  EXPECT_STREQ("/tmp/.var/x", folder);
+  EXPECT_STREQ("/prj/net/wan.adp", bound);
+  EXPECT_EQ(project, ProjectPath(std::string(300, 'p').c_str(), nullptr, 0));
+  EXPECT_EQ("/prj/" + std::string(250, 'p'), project);
+}
+
 TEST_F(ProjectTest, adapters_are_listed_by_an_extension_anywhere_in_the_name) {
   put_file("/prj/net/wan.adp.old", "");
   EXPECT_EQ("{\"net/wan\":\"/prj/net/wan.adp.old\"}", spelled(ProjectAdpList("net")));
