@@ -50,7 +50,8 @@ class IsolatedTest : public fairlead_test::AdapterTest {
       if (strncmp(target, "socket:", 7) != 0) return;
       std::string piece(static_cast<size_t>(made.result), '?');
       const iovec here = {piece.data(), piece.size()};
-      const iovec there = {reinterpret_cast<void*>(made.arguments[1]), piece.size()};
+      const auto address = static_cast<uintptr_t>(made.arguments[1]);
+      const iovec there = {reinterpret_cast<void*>(address), piece.size()};
       process_vm_readv(made.pid, &here, 1, &there, 1, 0);
       bytes += piece;
     };
