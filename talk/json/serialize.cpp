@@ -76,7 +76,8 @@ class TextOutput {
   bool make_room(size_t more) {
     if (failed_) return false;
     const auto length = static_cast<size_t>(at_ - begin_);
-    const Room room = bigger(block_, {begin_, length}, static_cast<size_t>(end_ - begin_), more);
+    const Room room =
+        bigger({block_, length, static_cast<size_t>(end_ - begin_)}, {begin_, length}, more);
     failed_ = !room.begin;
     if (failed_) return false;
     block_ = begin_ = room.begin;
@@ -90,11 +91,10 @@ class TextOutput {
   };
 
   // Given copies, so that this object's members can live in registers.
-  [[gnu::noinline]] static Room bigger(char* block, std::string_view text, size_t capacity,
-                                       size_t more) {
-    json_buffer_t buffer{block, text.size(), capacity};
+  [[gnu::noinline]] static Room bigger(json_buffer_t buffer, std::string_view text, size_t more) {
+    const bool first = !buffer.text;
     if (!fairlead::make_room(&buffer, more)) return {nullptr, nullptr};
-    if (!block) memcpy(buffer.text, text.data(), text.size());
+    if (first) memcpy(buffer.text, text.data(), text.size());
     return {buffer.text, buffer.text + buffer.capacity};
   }
 
