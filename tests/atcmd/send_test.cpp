@@ -99,20 +99,20 @@ TEST_F(SendTest, nothing_in_time_gives_4) {
 TEST_F(SendTest, every_end_without_a_verdict_flushes_the_line_in_both_directions) {
   if (!fairlead_test::can_trace()) GTEST_SKIP() << "no calls can be watched here";
   const string flush = "flush " + std::to_string(TCIOFLUSH);
-  const auto steps = [&](const char* command) {
-    return steps_of([&] { atcmd_send(atcmd_, command, 1, "OK", 0); });
+  const auto steps = [&](const char* command, int seconds) {
+    return steps_of([&] { atcmd_send(atcmd_, command, seconds, "OK", 0); });
   };
-  EXPECT_EQ((std::vector<string>{"alarm 10", flush}), steps("AT")) << "nothing in time";
+  EXPECT_EQ((std::vector<string>{"alarm 10", flush}), steps("AT", 0)) << "nothing in time";
   line_->say("AT\r" + string(1020, 'x'));
-  EXPECT_EQ((std::vector<string>{"alarm 10", flush}), steps("AT")) << "a full buffer";
+  EXPECT_EQ((std::vector<string>{"alarm 10", flush}), steps("AT", 20)) << "a full buffer";
   {
     Fault short_write(Call::kWrite, {.at_most = 3});
-    EXPECT_EQ((std::vector<string>{"alarm 10", flush}), steps("AT")) << "a part was sent";
+    EXPECT_EQ((std::vector<string>{"alarm 10", flush}), steps("AT", 20)) << "a part was sent";
   }
   line_->say("AT\r\r\nOK\r\n");
-  EXPECT_EQ((std::vector<string>{"alarm 10"}), steps("AT")) << "a verdict";
+  EXPECT_EQ((std::vector<string>{"alarm 10"}), steps("AT", 20)) << "a verdict";
   line_->hang_up();
-  EXPECT_EQ((std::vector<string>{flush}), steps(nullptr)) << "end of file";
+  EXPECT_EQ((std::vector<string>{flush}), steps(nullptr, 20)) << "end of file";
 }
 
 TEST_F(SendTest, each_wait_has_the_whole_time) {
