@@ -63,7 +63,7 @@ inline Ended run_watched(const std::function<void()>& action) {
     const pid_t parent = getpid();
     const pid_t watch = fork();
     if (watch == 0) {
-      for (int tenths = 0; tenths < 300 && getppid() == parent; ++tenths) usleep(100000);
+      for (int tenths = 0; tenths < 1000 && getppid() == parent; ++tenths) usleep(100000);
       if (getppid() == parent) kill(parent, SIGKILL);
       _exit(0);
     }
