@@ -83,14 +83,18 @@ struct Setting {
   }
 };
 
-// Set up once by the main program, before threads or children start; not guarded but for what each
-// message looks up.
-struct {
+struct Channel {
+  Setting mode, level;
   char* identity;
   char* lent;  // syslog goes on reading the identity it was opened with, until it gets another one
-  Setting mode = {"log_mode", kDefaultMode, nullptr, 0, nullptr, 0};
-  Setting level = {"log_level", kDefaultThreshold, nullptr, 0, nullptr, 0};
-} channel;
+};
+
+// Set up once by the main program, before threads or children start; not guarded but for what each
+// message looks up.
+constinit Channel channel = {{"log_mode", kDefaultMode, nullptr, 0, nullptr, 0},
+                             {"log_level", kDefaultThreshold, nullptr, 0, nullptr, 0},
+                             nullptr,
+                             nullptr};
 
 void drop_identity() {
   if (channel.identity != channel.lent) free(channel.identity);
