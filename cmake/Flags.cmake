@@ -34,6 +34,10 @@ target_compile_options(fairlead_libc_only INTERFACE
 # one anew, which makes an isolated call 12 percent dearer, and the library is 5 KB smaller.
 target_link_options(fairlead_libc_only INTERFACE -static-libgcc LINKER:--as-needed LINKER:-z,relro LINKER:-z,now
   LINKER:-Bsymbolic-functions)
+# Each page and each mapping that a start or a forked child touches costs a microsecond or more: calls to libc go through
+# the table of addresses alone, and a file has two mappings rather than four, as on MIPS.
+target_compile_options(fairlead_libc_only INTERFACE -fno-plt)
+target_link_options(fairlead_libc_only INTERFACE LINKER:-z,noseparate-code)
 set(FAIRLEAD_SIZE_FLAGS "" CACHE STRING "Further compiler options for what ships")
 target_compile_options(fairlead_libc_only INTERFACE ${FAIRLEAD_SIZE_FLAGS})
 target_link_options(fairlead_libc_only INTERFACE ${FAIRLEAD_SIZE_FLAGS})
@@ -46,3 +50,11 @@ endif()
 if(NOT (FAIRLEAD_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang"))
   target_link_options(fairlead_libc_only INTERFACE LINKER:-z,defs)
 endif()
+
+# fairlead_fast(SOURCE...): for these, speed is worth the bytes that -Os would save, but on boards with little flash memory.
+function(fairlead_fast)
+  if(NOT CMAKE_SYSTEM_PROCESSOR MATCHES "^mips")
+    set_source_files_properties(${ARGN} TARGET_DIRECTORY fairlead
+      PROPERTIES COMPILE_OPTIONS "$<$<CONFIG:MinSizeRel>:-O2>")
+  endif()
+endfunction()

@@ -16,6 +16,13 @@ void store(Number& shared, Number value) {
   __atomic_store_n(&shared, value, __ATOMIC_RELEASE);
 }
 
+// Whether a record's name is this one of `length` characters. The end is looked at first: names of
+// one program mostly begin alike.
+bool is_named(const char* found, const char* name, size_t length) {
+  if (length < fairlead::kNameSize && found[length] != '\0') return false;
+  return length == 0 || (found[length - 1] == name[length - 1] && memcmp(found, name, length) == 0);
+}
+
 }  // namespace
 
 namespace fairlead {
@@ -56,8 +63,9 @@ StoredValue StoreView::value(size_t index) const {
 }
 
 StoredValue StoreView::find(const char* name) const {
+  const size_t length = strnlen(name, kNameSize);
   for (size_t index = count_; index > 0; --index) {
-    if (strncmp(table()[index - 1].name, name, kNameSize) != 0) continue;
+    if (!is_named(table()[index - 1].name, name, length)) continue;
     if (const StoredValue found = value(index - 1)) return found;
   }
   return {};
