@@ -9,20 +9,20 @@ using fairlead::OpenAdapter;
 
 extern "C" int32_t AdpSet(slash_t* object, const char* object_text, slash_t* path,
                           const char* path_text, talk_t* value, const char* value_text) {
-  const OpenAdapter adp(object, object_text);
+  OpenAdapter adp(object, object_text);
   return adp ? AdpAbSet(adp.get(), path, path_text, value, value_text) : 0;
 }
 
 extern "C" talk_t* AdpGet(slash_t* object, const char* object_text, slash_t* path,
                           const char* path_text) {
-  const OpenAdapter adp(object, object_text);
+  OpenAdapter adp(object, object_text);
   return adp ? AdpAbGet(adp.get(), path, path_text) : nullptr;
 }
 
 extern "C" talk_t* AdpCall(slash_t* object, const char* object_text, const char* name,
                            param_t* parameters, const char* format, ...) {
   if (!name) return fairlead::fail<talk_t*>(EINVAL);
-  const OpenAdapter adp(object, object_text);
+  OpenAdapter adp(object, object_text);
   if (!adp) {
     const char* text = object_text ? object_text : fairlead::object_name(object, nullptr);
     LogWrite(fairlead::kWarning, fairlead::kAdpSource, __LINE__,
@@ -37,6 +37,6 @@ extern "C" talk_t* AdpCall(slash_t* object, const char* object_text, const char*
 }
 
 extern "C" vessel_t* AdpCallList(slash_t* object, const char* object_text) {
-  const OpenAdapter adp(object, object_text);
+  OpenAdapter adp(object, object_text);
   return adp ? AdpIfList(adp.get()) : nullptr;
 }

@@ -48,7 +48,7 @@ extern "C" talk_t* pipe_fdtalk(
     // NOLINTNEXTLINE(readability-non-const-parameter): written through `child`
     const char* name, pid_t pid, int32_t* reaped) {
   AnswerBuffer answer;
-  if (!answer.ready() || !fd_nonblock(fd)) return nullptr;
+  if (!fd_nonblock(fd)) return nullptr;
   sigprocmask(SIG_SETMASK, outside_mask, nullptr);
 
   const Child child = {name, pid, reaped};

@@ -28,24 +28,42 @@ struct ChildSignals {
   sigset_t outside_mask;  // SIGCHLD blocked: while the call runs
   sigset_t wait_mask;     // SIGCHLD open: only inside the wait for data
   bool was_pending;       // one that the caller keeps blocked
+  bool has_handler;       // the empty one was there before, and stays
+
+  // No handler of the caller waits for the child's end.
+  bool end_is_unseen() const {
+    return (has_handler || former_action.sa_handler == SIG_DFL) &&
+           sigismember(&saved_mask, SIGCHLD) == 0;
+  }
 };
+
+// From the second call on, where the caller has no handler of its own.
+bool is_empty_handler(const struct sigaction& action) {
+  constexpr int kUnlikeOurs = SA_SIGINFO | SA_NOCLDWAIT | SA_RESETHAND | SA_RESTART;
+  return action.sa_handler == signal_handler && (action.sa_flags & kUnlikeOurs) == 0;
+}
+
+void drop_pending() {
+  sigset_t only;
+  sigemptyset(&only);
+  sigaddset(&only, SIGCHLD);
+  const timespec no_wait = {};
+  sigtimedwait(&only, nullptr, &no_wait);
+}
 
 // A SIGCHLD from before would end the first wait as if the new child had ended.
 bool take_pending() {
   sigset_t pending;
   sigpending(&pending);
   if (sigismember(&pending, SIGCHLD) != 1) return false;
-  sigset_t only;
-  sigemptyset(&only);
-  sigaddset(&only, SIGCHLD);
-  const timespec no_wait = {};
-  sigtimedwait(&only, nullptr, &no_wait);
+  drop_pending();
   return true;
 }
 
 void prepare(const ChildCall& call, ChildSignals& signals) {
   sigaction(SIGCHLD, nullptr, &signals.former_action);
-  signal_register(SIGCHLD, signal_handler);
+  signals.has_handler = is_empty_handler(signals.former_action);
+  if (!signals.has_handler) signal_register(SIGCHLD, signal_handler);
 
   sigemptyset(&signals.saved_mask);
   if (sigprocmask(SIG_SETMASK, nullptr, &signals.saved_mask) != 0)
@@ -60,7 +78,7 @@ void prepare(const ChildCall& call, ChildSignals& signals) {
 
 // The default action is not put back: the empty handler stays, as callers have come to rely on.
 void put_back(const ChildCall& call, const ChildSignals& signals) {
-  if (signals.former_action.sa_handler != SIG_DFL)
+  if (signals.former_action.sa_handler != SIG_DFL && !signals.has_handler)
     sigaction(SIGCHLD, &signals.former_action, nullptr);
   if (sigprocmask(SIG_SETMASK, &signals.saved_mask, nullptr) != 0)
     LogWrite(kWarning, call.source, __LINE__, "sigprocmask( reset SIGCHLD ) failed");
@@ -98,9 +116,15 @@ void bring_back_pending(const ChildSignals& signals) {
 // Closes the call in the parent. False: a signal ended the child.
 bool finish(const ChildCall& call, const ChildSignals& signals, pid_t child, int32_t reaped) {
   const ErrnoKeeper keep;
-  put_back(call, signals);
+  const bool unseen = signals.end_is_unseen();
+  if (!unseen) put_back(call, signals);
   bring_back_pending(signals);
-  return reaped == 0 ? !died(call, child) : reaped > 0;
+  const bool lived = reaped == 0 ? !died(call, child) : reaped > 0;
+  if (!unseen) return lived;
+  // The frame of a handler that does nothing would take a page of the stack or two.
+  if (reaped == 0) drop_pending();
+  put_back(call, signals);
+  return lived;
 }
 
 bool connect(Descriptor& parent_end, Descriptor& child_end) {

@@ -74,7 +74,7 @@ struct SetRequest : ObjectRequest {
   const char* value_text;
 
   void serve(int fd) const {
-    const OpenAdapter adp(object, object_text);
+    OpenAdapter adp(object, object_text);
     answer_byte(fd, AdpAbSet(adp.get(), path, path_text, value, value_text) == 1 ? kDone : kFailed);
   }
 };
@@ -84,7 +84,7 @@ struct GetRequest : ObjectRequest {
   const char* path_text;
 
   void serve(int fd) const {
-    const OpenAdapter adp(object, object_text);
+    OpenAdapter adp(object, object_text);
     talk_t* answer = AdpAbGet(adp.get(), path, path_text);
     if (is_document(fd, answer))
       answer_document(fd, answer, "AdpSecureGet( %s ) return wrong format data", 0);
@@ -98,7 +98,7 @@ struct CallRequest : ObjectRequest {
   void serve(int fd) const {
     set_proc_title();
     set_proc_name(name);
-    const OpenAdapter adp(object, object_text);
+    OpenAdapter adp(object, object_text);
     talk_t* answer = AdpIfCall(adp.get(), interface, parameters, nullptr);
     if (is_document(fd, answer)) answer_document(fd, answer, "%s return wrong format data", 1);
   }

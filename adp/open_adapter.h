@@ -1,4 +1,4 @@
-// An adapter handle until the end of the block.
+// An adapter handle until the end of the block, in the block's own memory.
 #pragma once
 
 #include "base/errno_keeper.h"
@@ -6,21 +6,26 @@
 
 namespace fairlead {
 
+// What AdpFileOpen does, with the caller's record. False: it names no adapter and holds nothing.
+bool open_adapter(adp_t& adp, slash_t* object, const char* object_text);
+void close_adapter(adp_t& adp);
+
 class OpenAdapter {
  public:
-  OpenAdapter(slash_t* object, const char* object_text) : adp_(AdpFileOpen(object, object_text)) {}
+  OpenAdapter(slash_t* object, const char* object_text)
+      : open_(open_adapter(adp_, object, object_text)) {}
   ~OpenAdapter() {
-    ErrnoKeeper keep;
-    AdpFileClose(adp_);
+    if (open_) close_adapter(adp_);
   }
   OpenAdapter(const OpenAdapter&) = delete;
   OpenAdapter& operator=(const OpenAdapter&) = delete;
 
-  explicit operator bool() const { return adp_ != nullptr; }
-  adp_t* get() const { return adp_; }
+  explicit operator bool() const { return open_; }
+  adp_t* get() { return open_ ? &adp_ : nullptr; }
 
  private:
-  adp_t* adp_;
+  adp_t adp_;
+  bool open_;
 };
 
 }  // namespace fairlead

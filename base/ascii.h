@@ -1,4 +1,4 @@
-// Letters and digits of ASCII, whatever the locale of the program says.
+// Letters, digits and white space of ASCII, whatever the locale of the program says.
 #pragma once
 
 namespace fairlead {
@@ -13,6 +13,21 @@ constexpr bool is_letter(char c) { return to_upper(c) >= 'A' && to_upper(c) <= '
 
 constexpr bool is_hex_digit(char c) {
   return is_digit(c) || (to_upper(c) >= 'A' && to_upper(c) <= 'F');
+}
+
+constexpr bool is_white_space(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+// By hand: the C library's spans lie on pages of their own, which each forked child would touch
+// anew.
+template <class Char>
+constexpr Char* skip_white_space(Char* text) {
+  while (is_white_space(*text)) ++text;
+  return text;
+}
+template <class Char>
+constexpr Char* skip(Char* text, char unwanted) {
+  while (*text == unwanted) ++text;
+  return text;
 }
 
 // Of a hexadecimal digit.

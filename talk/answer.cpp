@@ -18,30 +18,30 @@ bool is_around(char c) { return c == '\n' || c == '\r' || c == ' '; }
 
 }  // namespace
 
-AnswerBuffer::AnswerBuffer() : text_(static_cast<char*>(malloc(kStep))), capacity_(kStep) {}
-
 // By steps, which become larger with the message so that a long one is not copied at every step.
 bool AnswerBuffer::make_room() {
   if (length_ < capacity_ - 1) return true;
   const size_t steps = capacity_ / kStep;
   const size_t grown = capacity_ + kStep * (1 + steps / 2);
-  auto* larger = static_cast<char*>(realloc(text_.get(), grown));
+  auto* larger = static_cast<char*>(realloc(block_.get(), grown));
   if (!larger) return false;
-  (void)text_.release();
-  text_.reset(larger);
+  if (!block_) memcpy(larger, first_, length_);
+  (void)block_.release();
+  block_.reset(larger);
+  text_ = larger;
   capacity_ = grown;
   return true;
 }
 
 ssize_t AnswerBuffer::receive(int fd) {
   if (!make_room()) return -1;
-  const ssize_t received = read(fd, text_.get() + length_, capacity_ - length_ - 1);
+  const ssize_t received = read(fd, text_ + length_, capacity_ - length_ - 1);
   if (received > 0) length_ += static_cast<size_t>(received);
   return received;
 }
 
 talk_t* AnswerBuffer::decode() {
-  char* begin = text_.get();
+  char* begin = text_;
   char* end = begin + length_;
   while (end > begin && (is_around(end[-1]) || end[-1] == '\0')) --end;
   *end = '\0';

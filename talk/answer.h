@@ -3,6 +3,8 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
+
 #include "base/owned.h"
 #include "fairlead/talk/json.h"
 
@@ -10,26 +12,28 @@ namespace fairlead {
 
 class AnswerBuffer {
  public:
-  AnswerBuffer();
-
-  bool ready() const { return text_ != nullptr; }  // false: no memory for the buffer
+  AnswerBuffer() {}  // not `= default`: the room must not be cleared
 
   // One read. What read returns; -1 also when memory runs out.
   ssize_t receive(int fd);
 
   // The last byte so far is a NUL: the sender has ended the message.
-  bool complete() const { return length_ > 0 && text_.get()[length_ - 1] == '\0'; }
+  bool complete() const { return length_ > 0 && text_[length_ - 1] == '\0'; }
 
   // TALK_DONE, TALK_FAILED, a new document, or null with errno EINVAL for an empty or broken
   // message.
   talk_t* decode();
 
  private:
+  static constexpr size_t kFirstRoom = 512;
+
   bool make_room();
 
-  OwnedText text_;
+  char first_[kFirstRoom];  // most messages fit, and take no block and no page of their own
+  OwnedText block_;
+  char* text_ = first_;
   size_t length_ = 0;
-  size_t capacity_;
+  size_t capacity_ = kFirstRoom;
 };
 
 }  // namespace fairlead

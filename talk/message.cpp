@@ -5,7 +5,6 @@
 // An interrupted read ends it like any other failure: a caller's signal must be able to.
 extern "C" talk_t* FdTalk(int fd) {
   fairlead::AnswerBuffer answer;
-  if (!answer.ready()) return nullptr;
   for (;;) {
     const ssize_t received = answer.receive(fd);
     if (received < 0) return nullptr;

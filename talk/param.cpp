@@ -76,7 +76,7 @@ extern "C" int ParamAnalysis(param_t* param, char* text) {
     if (separates) *at = '\0';
     ++at;
     if (separates && c == ',') {
-      at += strspn(at, " ");
+      at = fairlead::skip(at, ' ');
       add_entry(param, at);
     }
   }

@@ -2,7 +2,8 @@
 // of its own.
 #pragma once
 
-#include <cstring>
+#include <cstddef>
+#include <cstdint>
 
 #include "base/errno_keeper.h"
 #include "base/owned.h"
@@ -15,18 +16,11 @@ class PathChoice {
   // The record wins; both null address the whole object. At most `limit` characters of the text
   // count.
   PathChoice(slash_t* record, const char* text, size_t limit = SIZE_MAX) : chosen_(record) {
-    if (record || !text) return;
-    copy_.reset(strndup(text, limit));
-    if (!copy_) {
-      usable_ = false;
-      return;
-    }
-    SlashAnalysis(&own_, copy_.get());
-    chosen_ = &own_;
+    if (!record && text) analyse(text, limit);
   }
   ~PathChoice() {
     ErrnoKeeper keep;
-    if (chosen_ == &own_) SlashClear(&own_);
+    if (parsed()) SlashClear(&own_);
   }
   PathChoice(const PathChoice&) = delete;
   PathChoice& operator=(const PathChoice&) = delete;
@@ -37,8 +31,11 @@ class PathChoice {
   int count() const { return chosen_ ? chosen_->count : 0; }
 
  private:
-  slash_t own_{};
-  OwnedText copy_;
+  void analyse(const char* text, size_t limit);
+
+  slash_t own_;
+  char short_copy_[128];
+  OwnedText long_copy_;
   slash_t* chosen_;
   bool usable_ = true;
 };

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "base/ascii.h"
 #include "fairlead/talk/path.h"
 
 namespace fairlead {
@@ -11,9 +12,9 @@ namespace fairlead {
 // that is not a space.
 inline char* trim(char* text) {
   char* end = text + strlen(text);
-  while (end > text && strchr(" \t\r\n", end[-1])) --end;
+  while (end > text && is_white_space(end[-1])) --end;
   *end = '\0';
-  return text + strspn(text, " ");
+  return skip(text, ' ');
 }
 
 // The slot of a 1-based index, -1 standing for `last`; -1 when there is no such piece.

@@ -1,4 +1,5 @@
 // Slash paths: a text cut at "/" into segments.
+#include "base/ascii.h"
 #include "base/bounded_text.h"
 #include "base/fail.h"
 #include "base/owned.h"
@@ -12,7 +13,7 @@ using fairlead::fail;
 using fairlead::kPathSize;
 using fairlead::OwnedText;
 
-char* skip_slashes(char* text) { return text + strspn(text, "/"); }
+char* skip_slashes(char* text) { return fairlead::skip(text, '/'); }
 
 }  // namespace
 

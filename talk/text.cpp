@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "base/ascii.h"
 #include "base/errno_keeper.h"
 #include "base/fail.h"
 #include "fairlead/talk/node.h"
@@ -11,8 +12,7 @@
 namespace {
 
 using fairlead::fail;
-
-const char* skip_white_space(const char* text) { return text + strspn(text, " \t\n\r"); }
+using fairlead::skip_white_space;
 
 // Lost memory is told apart: a caller may take a text without a value for "delete".
 int errno_of(json_error error) { return error == JSON_NO_MEMORY ? ENOMEM : EINVAL; }

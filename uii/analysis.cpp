@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/ascii.h"
 #include "base/errno_keeper.h"
 #include "base/fail.h"
 #include "fairlead/talk/node.h"
@@ -17,8 +18,6 @@ using fairlead::fail;
 
 constexpr char kBlanks[] = " \t\n\r";
 constexpr char kMarkers[] = ".:=|";
-
-char* skip_blanks(char* text) { return text + strspn(text, kBlanks); }
 
 void strip_end(char* text, const char* unwanted) {
   size_t length = strlen(text);
@@ -40,7 +39,7 @@ char* last_operator(char* text) {
 
 void take_value(uii_t* uii, char* marker) {
   uii->kind = *marker == '=' ? UII_SET : UII_MERGE;
-  char* text = skip_blanks(cut(marker));
+  char* text = fairlead::skip_white_space(cut(marker));
   strip_end(text, kBlanks);
   if (*text) uii->value = text;
 }
@@ -97,7 +96,7 @@ extern "C" int UiiAnalysis(uii_t* uii) {
   uii->work = strdup(uii->text);
   if (!uii->work) return fairlead::out_of_memory<int>(fairlead::kUiiSource);
 
-  char* object = skip_blanks(uii->work);
+  char* object = fairlead::skip_white_space(uii->work);
   if (!*object) return fail<int>(EINVAL);
   char* marker = object + strcspn(object, kMarkers);
   if (*marker && marker != object) take_form(uii, marker);

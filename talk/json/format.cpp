@@ -3,12 +3,11 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/ascii.h"
 #include "fairlead/talk/json.h"
 #include "talk/json/assertion.h"
 
 namespace {
-
-bool is_space(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
 // Counts what would be written: a first pass finds the size of the block.
 class Measure {
@@ -70,7 +69,7 @@ class Formatter {
         output_.put('}');
         break;
       default:
-        if (!is_space(c)) output_.put(c);
+        if (!fairlead::is_white_space(c)) output_.put(c);
     }
   }
 
@@ -122,7 +121,7 @@ extern "C" void json_strip_white_spaces(char* text) {
   char before = '\0';
   for (const char* at = text; *at; before = *at++) {
     if (*at == '"' && !(in_string && before == '\\')) in_string = !in_string;
-    if (in_string || !is_space(*at)) *out++ = *at;
+    if (in_string || !fairlead::is_white_space(*at)) *out++ = *at;
   }
   *out = '\0';
 }

@@ -308,6 +308,39 @@ TEST_F(IsolatedTest, a_default_handler_is_replaced_by_the_empty_one) {
   EXPECT_EQ(signal_handler, signal_register(SIGCHLD, count_signal));
 }
 
+TEST_F(IsolatedTest, the_empty_handler_stays_and_one_like_it_comes_back) {
+  signal_register(SIGCHLD, signal_handler);
+  EXPECT_EQ("done", call("done"));
+  EXPECT_EQ("null", call("misbehave", "exit"));
+  EXPECT_EQ(signal_handler, signal_register(SIGCHLD, SIG_DFL));
+
+  struct sigaction alike = {}, after;
+  alike.sa_handler = signal_handler;
+  alike.sa_flags = SA_NOCLDWAIT;  // the kernel would take the child's end away
+  sigaction(SIGCHLD, &alike, nullptr);
+  EXPECT_EQ("done", call("done"));
+  sigaction(SIGCHLD, nullptr, &after);
+  EXPECT_EQ(SA_NOCLDWAIT, after.sa_flags & SA_NOCLDWAIT);
+  signal_register(SIGCHLD, count_signal);
+}
+
+TEST_F(IsolatedTest, only_a_handler_of_the_callers_hears_of_the_childs_end) {
+  EXPECT_EQ("just so", call("string"));
+  EXPECT_EQ(1, signals_);
+  signal_register(SIGCHLD, signal_handler);
+  EXPECT_EQ("just so", call("string"));
+
+  sigset_t blocked, former, pending;
+  sigemptyset(&blocked);
+  sigaddset(&blocked, SIGCHLD);
+  sigprocmask(SIG_BLOCK, &blocked, &former);
+  EXPECT_EQ("just so", call("string"));
+  sigpending(&pending);
+  EXPECT_EQ(1, sigismember(&pending, SIGCHLD)) << "a caller that blocks it may ask for it";
+  sigprocmask(SIG_SETMASK, &former, nullptr);
+  signal_register(SIGCHLD, count_signal);
+}
+
 TEST_F(IsolatedTest, handler_flags_mask_and_alarm_come_back) {
   struct sigaction mine = {}, after;
   mine.sa_handler = count_signal;

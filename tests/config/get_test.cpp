@@ -8,6 +8,7 @@ namespace {
 using fairlead::OwnedTalk;
 using fairlead_test::Call;
 using fairlead_test::EachCall;
+using fairlead_test::Fault;
 using fairlead_test::put_file;
 
 class ConfigGetTest : public fairlead_test::ConfigTest {
@@ -27,6 +28,15 @@ class ConfigGetTest : public fairlead_test::ConfigTest {
 TEST_F(ConfigGetTest, a_path_gives_the_value) {
   EXPECT_EQ("10.0.0.1", get("net", "lan/ip"));
   EXPECT_EQ("{\"ip\":\"10.0.0.1\",\"n\":7}", get("net", "/lan/"));
+}
+
+TEST_F(ConfigGetTest, a_path_of_any_length_is_read) {
+  for (size_t length : {126, 127, 128, 129, 4000}) {
+    const std::string name(length, 'n');
+    put_file("/etc/config/long.cfg", "{\"" + name + "\":\"1\"}");
+    EXPECT_EQ("1", get("long", name.c_str())) << length;
+    EXPECT_EQ("<null>", get("long", (name + 'n').c_str())) << length;
+  }
 }
 
 TEST_F(ConfigGetTest, both_paths_null_give_the_whole_document) {
@@ -89,6 +99,14 @@ TEST_F(ConfigGetTest, the_static_buffer_holds_4095_characters) {
 }
 
 // A lost path must not read the whole object instead.
+TEST_F(ConfigGetTest, a_long_path_without_memory_gives_null) {
+  const std::string path = "lan/ip" + std::string(200, '/');
+  EXPECT_EQ("10.0.0.1", get("net", path.c_str()));
+  const Fault fault(Call::kMalloc, {.error = ENOMEM});
+  EXPECT_EQ(nullptr, ConfigGet("net", nullptr, path.c_str()));
+  EXPECT_EQ(ENOMEM, errno);
+}
+
 TEST_F(ConfigGetTest, a_get_without_memory_is_whole_or_null) {
   int failures = 0;
   for (EachCall each(Call::kMalloc, {.error = ENOMEM}); each.next(); failures += each.fired()) {
