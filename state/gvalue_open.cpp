@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <ctime>
 
 #include "base/bounded_text.h"
@@ -190,7 +191,10 @@ extern "C" gvalue_t* GvalueCreateDetails(const char* name, int capacity, int dat
   file_name.add(name);
   fairlead::halve_percent(file_name.text());
   char path[kPathSize];
-  if (!ProjectVarPath(path, sizeof path, "gvalue", "%s", file_name.text())) return nullptr;
+  if (!ProjectVarPath(path, sizeof path, "gvalue", nullptr)) return nullptr;
+  // Without the formatter, whose pages nothing else in a short process touches.
+  const size_t length = strlen(path);
+  fairlead::BoundedText(path + length, sizeof path - length).add('/').add(file_name.text());
 
   for (int attempts = 0; attempts < kAttempts; ++attempts) {
     Attempt attempt(path);
