@@ -27,6 +27,9 @@ class BoundedText {
     return *this;
   }
 
+  // Apart from the other, so that not each place that adds a text measures it.
+  BoundedText& add(const char* piece) { return add(std::string_view(piece)); }
+
   BoundedText& add(char c) { return add(std::string_view(&c, 1)); }
 
   __attribute__((format(printf, 2, 3))) BoundedText& format(const char* pattern, ...) {
