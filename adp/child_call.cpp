@@ -115,15 +115,15 @@ void bring_back_pending(const ChildSignals& signals) {
 
 // Closes the call in the parent. False: a signal ended the child.
 bool finish(const ChildCall& call, const ChildSignals& signals, pid_t child, int32_t reaped) {
-  const ErrnoKeeper keep;
+  const int before = errno;
   const bool unseen = signals.end_is_unseen();
   if (!unseen) put_back(call, signals);
   bring_back_pending(signals);
   const bool lived = reaped == 0 ? !died(call, child) : reaped > 0;
-  if (!unseen) return lived;
   // The frame of a handler that does nothing would take a page of the stack or two.
-  if (reaped == 0) drop_pending();
-  put_back(call, signals);
+  if (unseen && reaped == 0) drop_pending();
+  if (unseen) put_back(call, signals);
+  if (errno != before) errno = before;  // so soon after the fork, a write takes a page
   return lived;
 }
 

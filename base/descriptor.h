@@ -4,9 +4,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
-
-#include "base/errno_keeper.h"
 
 namespace fairlead {
 
@@ -27,8 +26,10 @@ class Descriptor {
 
   void reset(int fd = -1) {
     if (fd_ >= 0) {
-      ErrnoKeeper keep;
-      close(fd_);  // not retried on EINTR: Linux has released the number by then
+      const int before = errno;
+      // Not retried on EINTR: Linux has released the number by then. And errno is not written for
+      // nothing: beside a forked child that takes a page.
+      if (close(fd_) != 0) errno = before;
     }
     fd_ = fd;
   }

@@ -8,10 +8,7 @@ namespace fairlead {
 class ErrnoKeeper {
  public:
   ErrnoKeeper() : saved_(errno) {}
-  // Not written when it is the same: its page may be shared with a child just forked.
-  ~ErrnoKeeper() {
-    if (errno != saved_) errno = saved_;
-  }
+  ~ErrnoKeeper() { errno = saved_; }
   ErrnoKeeper(const ErrnoKeeper&) = delete;
   ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
 

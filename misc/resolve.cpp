@@ -14,6 +14,7 @@
 #include "base/alarm_scope.h"
 #include "base/bounded_text.h"
 #include "base/descriptor.h"
+#include "base/errno_keeper.h"
 #include "base/fail.h"
 #include "base/result_buffer.h"
 #include "base/signal_scope.h"

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "base/descriptor.h"
+#include "base/errno_keeper.h"
 #include "base/fail.h"
 #include "base/same_file.h"
 #include "fairlead/misc/process.h"

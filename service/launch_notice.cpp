@@ -9,6 +9,7 @@
 #include <cerrno>
 
 #include "base/deadline.h"
+#include "base/errno_keeper.h"
 
 namespace fairlead {
 namespace {

@@ -10,6 +10,7 @@
 
 #include "base/deadline.h"
 #include "base/descriptor.h"
+#include "base/errno_keeper.h"
 #include "base/fail.h"
 #include "base/same_file.h"
 #include "base/sync_folder.h"
