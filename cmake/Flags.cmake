@@ -45,6 +45,8 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^mips")
   # Pages of these boards have 4 KB: ld would pad for 64. What it can make read-only at the start is no more than 136 bytes,
   # the GOT not among them, and would cost a page. Procedure descriptors, which strip leaves, are read by nobody.
   target_compile_options(fairlead_libc_only INTERFACE -Wa,-mno-pdr)
+  # gcc 12 takes a function it has compiled to spare registers that the start of a MIPS16 function sets.
+  target_compile_options(fairlead_libc_only INTERFACE -fno-ipa-ra)
   target_link_options(fairlead_libc_only INTERFACE LINKER:-z,max-page-size=4096 LINKER:-z,norelro)
 endif()
 if(NOT (FAIRLEAD_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang"))
