@@ -217,7 +217,8 @@ TEST_F(ModifyTest, documents_that_are_alike_merge_as_step_by_step) {
 
 TEST_F(ModifyTest, a_string_overwrites_another_of_any_length) {
   OwnedTalk target = document(R"({"a":""})");
-  for (size_t length : {0, 1, 7, 8, 9, 15, 16, 300, 17, 16, 8, 7, 1, 0, 300}) {
+  for (size_t length :
+       std::initializer_list<size_t>{0, 1, 7, 8, 9, 15, 16, 300, 17, 16, 8, 7, 1, 0, 300}) {
     const std::string text(length, 'x');
     const std::string source = "{\"a\":\"" + text + "\"}";
     EXPECT_EQ(1, VesselModify(document(source).get(), target.get()));
