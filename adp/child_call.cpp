@@ -39,8 +39,9 @@ struct ChildSignals {
 
 // From the second call on, where the caller has no handler of its own.
 bool is_empty_handler(const struct sigaction& action) {
-  constexpr int kUnlikeOurs = SA_SIGINFO | SA_NOCLDWAIT | SA_RESETHAND | SA_RESTART;
-  return action.sa_handler == signal_handler && (action.sa_flags & kUnlikeOurs) == 0;
+  constexpr unsigned kUnlikeOurs = SA_SIGINFO | SA_NOCLDWAIT | SA_RESETHAND | SA_RESTART;
+  const auto flags = static_cast<unsigned>(action.sa_flags);
+  return action.sa_handler == signal_handler && (flags & kUnlikeOurs) == 0;
 }
 
 void drop_pending() {

@@ -25,11 +25,11 @@ class AnswerBuffer {
   talk_t* decode();
 
  private:
-  static constexpr size_t kFirstRoom = 512;
+  static constexpr size_t kFirstRoom = 4096;
 
   bool make_room();
 
-  char first_[kFirstRoom];  // most messages fit, and take no block and no page of their own
+  char first_[kFirstRoom];  // most messages fit, and take no block of their own
   OwnedText block_;
   char* text_ = first_;
   size_t length_ = 0;

@@ -31,7 +31,7 @@ TEST_F(ConfigGetTest, a_path_gives_the_value) {
 }
 
 TEST_F(ConfigGetTest, a_path_of_any_length_is_read) {
-  for (size_t length : {126, 127, 128, 129, 4000}) {
+  for (size_t length : std::initializer_list<size_t>{126, 127, 128, 129, 4000}) {
     const std::string name(length, 'n');
     put_file("/etc/config/long.cfg", "{\"" + name + "\":\"1\"}");
     EXPECT_EQ("1", get("long", name.c_str())) << length;

@@ -95,6 +95,16 @@ TEST_F(MessageTest, a_nul_inside_a_piece_hides_the_rest) {
   EXPECT_EQ("seen", receive());
 }
 
+TEST_F(MessageTest, a_nul_inside_the_first_4095_bytes_does_not_end_the_reading) {
+  for (size_t length = 1; length < 4095; ++length) {
+    send(std::string(length - 1, 'x') + '\0' + std::string(4095 - length, 'y'));
+    send(std::string(1, '\0'));
+    EXPECT_EQ(length == 1 ? "null" : std::string(length - 1, 'x'), receive());
+    char left;
+    ASSERT_EQ(-1, recv(ends_[0], &left, 1, MSG_DONTWAIT)) << length;
+  }
+}
+
 TEST_F(MessageTest, messages_around_the_buffer_size_arrive_whole) {
   for (size_t size : {1u, 4094u, 4095u, 4096u, 4097u, 8191u, 8192u, 100000u}) {
     const std::string text(size, 'x');
@@ -121,7 +131,7 @@ TEST_F(MessageTest, a_failed_or_interrupted_read_gives_null) {
 TEST_F(MessageTest, a_lack_of_memory_gives_null) {
   send(std::string(5000, 'x'));
   hang_up();
-  Fault fault(Call::kMalloc, {.nth = 2, .error = ENOMEM});
+  Fault fault(Call::kMalloc, {.nth = 1, .error = ENOMEM});
   EXPECT_EQ("null", receive());
 }
 
