@@ -2,6 +2,7 @@
 // leave it as it was.
 #pragma once
 
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -15,6 +16,7 @@
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -25,6 +27,31 @@
 #include "support/spelled.h"
 
 namespace fairlead_test {
+
+// What the library waits for: "/tmp/held", which another process has locked, and the script of
+// "net/lamp", which takes a second.
+class WaitedFor {
+ public:
+  WaitedFor() {
+    put_file("/tmp/held", "");
+    put_file("/prj/net/lamp.ash", "#!/bin/sh\nsleep 1\nprintf on >&$pipeid\n", 0755);
+    holder_.emplace([this] {
+      const int fd = lock_open("/tmp/held", O_RDWR, 0, 0);
+      held_.open();
+      done_.wait(60000);
+      return lock_close(fd);
+    });
+    EXPECT_TRUE(held_.wait());
+  }
+  void finish() {
+    done_.open();
+    EXPECT_EQ(0, holder_->wait().status);
+  }
+
+ private:
+  Gate held_, done_;
+  std::optional<Child> holder_;
+};
 
 // Every file with its kind, rights and content, but for those below the given paths.
 inline std::string picture(const std::vector<std::string>& but_for = {}) {

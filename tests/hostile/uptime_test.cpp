@@ -65,16 +65,7 @@ class UptimeTest : public DeviceTest {
 };
 
 TEST_F(UptimeTest, of_any_length_neither_shortens_nor_lengthens_a_wait) {
-  put_file("/tmp/held", "");
-  put_file("/prj/net/lamp.ash", "#!/bin/sh\nsleep 1\nprintf on >&$pipeid\n", 0755);
-  Gate held, done;
-  Child holder([&] {
-    const int fd = lock_open("/tmp/held", O_RDWR, 0, 0);
-    held.open();
-    done.wait(60000);
-    return lock_close(fd);
-  });
-  ASSERT_TRUE(held.wait());
+  WaitedFor waited_for;
   const std::function<void()> waits[] = {
       [] { EXPECT_EQ(-1, lock_open("/tmp/held", O_RDWR, 0, 1)); },
       [] { EXPECT_EQ(-1, system_call(1, 1, "sleep 60")); },
@@ -94,8 +85,7 @@ TEST_F(UptimeTest, of_any_length_neither_shortens_nor_lengthens_a_wait) {
     here = here && ended.status != kNotHere;
     EXPECT_TRUE(ended.status == 0 || !here) << ended.signal << ended.err;
   }
-  done.open();
-  EXPECT_EQ(0, holder.wait().status);
+  waited_for.finish();
   if (!here) GTEST_SKIP() << "a process can have no clock of its own here";
 }
 
