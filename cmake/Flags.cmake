@@ -20,9 +20,15 @@ if(FAIRLEAD_SANITIZE)
     -fsanitize=${FAIRLEAD_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(fairlead_flags INTERFACE -fsanitize=${FAIRLEAD_SANITIZE})
   target_compile_definitions(fairlead_flags INTERFACE FAIRLEAD_SANITIZED)
+  if(FAIRLEAD_SANITIZE MATCHES address)
+    target_compile_definitions(fairlead_flags INTERFACE FAIRLEAD_ADDRESS_SANITIZED)
+  endif()
+  if(FAIRLEAD_SANITIZE MATCHES undefined AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    target_compile_options(fairlead_flags INTERFACE -fno-sanitize=function)   # needs RTTI
+  endif()
 endif()
 if(FAIRLEAD_FUZZ)
-  target_compile_options(fairlead_flags INTERFACE -fsanitize=fuzzer-no-link -fno-sanitize=function)   # that one needs RTTI
+  target_compile_options(fairlead_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 # libc is all that may be needed at run time: no exceptions, no RTTI, nothing left undefined.

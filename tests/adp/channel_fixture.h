@@ -54,7 +54,7 @@ inline size_t resident_bytes() {
   return resident * static_cast<size_t>(getpagesize());
 }
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef FAIRLEAD_ADDRESS_SANITIZED
 inline constexpr size_t kResidentSlack = 1 << 30;
 #else
 inline constexpr size_t kResidentSlack = 8 << 20;

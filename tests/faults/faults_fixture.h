@@ -28,7 +28,7 @@ inline bool long_form() { return getenv("FAIRLEAD_LONG") != nullptr; }
 
 // How many places to go on by in the short form; a sanitizer's processes take ten times as long.
 inline int stride(int plain) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef FAIRLEAD_ADDRESS_SANITIZED
   plain *= 6;
 #endif
   return long_form() ? 1 : plain;

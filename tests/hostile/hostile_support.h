@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#ifdef __SANITIZE_ADDRESS__
+#ifdef FAIRLEAD_ADDRESS_SANITIZED
 #include <sanitizer/lsan_interface.h>
 #endif
 
@@ -76,7 +76,7 @@ inline std::string picture(const std::vector<std::string>& but_for = {}) {
 
 // What an action has lost, where a sanitizer can tell. A child ends without the usual report.
 inline bool leaks() {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef FAIRLEAD_ADDRESS_SANITIZED
   return __lsan_do_recoverable_leak_check() != 0;
 #else
   return false;

@@ -234,7 +234,7 @@ TEST_F(HostileNamesTest, of_files_are_paths_and_nothing_else) {
 class HostileArgumentsTest : public HostileNamesTest {
  protected:
   // A sanitizer's programs take ten times as long to start.
-#ifdef __SANITIZE_ADDRESS__
+#ifdef FAIRLEAD_ADDRESS_SANITIZED
   static constexpr size_t kStride = 4;
 #else
   static constexpr size_t kStride = 1;
