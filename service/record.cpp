@@ -21,12 +21,16 @@ namespace {
 // shared ones.
 constexpr int kShared = 0;
 
+// F_OFD_GETLK, which not every C library names; the kernel has one number for all processors.
+constexpr int kLockSeenByOpenFile = 36;
+
 // Asked in the name of the open file instead of the process, so that the process' own lock shows.
 bool locked_by_this_process(int fd) {
   struct flock lock = {};
   lock.l_type = F_RDLCK;
   lock.l_whence = SEEK_SET;
-  return fcntl(fd, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK && lock.l_pid == getpid();
+  return fcntl(fd, kLockSeenByOpenFile, &lock) == 0 && lock.l_type != F_UNLCK &&
+         lock.l_pid == getpid();
 }
 
 std::string_view field(const char* content, size_t size, size_t offset, size_t room) {
