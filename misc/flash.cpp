@@ -44,7 +44,7 @@ bool find_node(const char* first, const char* second, int number, char* path) {
 
 extern "C" int proc_mtddevice(const char* name, char* character_path, char* block_path) {
   if (!name) return fairlead::fail<int>(EINVAL);
-  const fairlead::Stream table(fopen("/proc/mtd", "re"));
+  const fairlead::Stream table = fairlead::open_stream("/proc/mtd");
   if (!table) return 0;
 
   bool found = false;

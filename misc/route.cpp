@@ -60,7 +60,7 @@ bool find_route(FILE* table, const char* destination, const char* netmask, Route
 extern "C" int route_exist(const char* destination, const char* netmask, char* gateway,
                            char* interface) {
   if (!destination) return fairlead::fail<int>(EINVAL);
-  const fairlead::Stream table(fopen("/proc/net/route", "re"));
+  const fairlead::Stream table = fairlead::open_stream("/proc/net/route");
   if (!table) return 0;
   Route route;
   if (!find_route(table.get(), destination, netmask, route)) return 0;

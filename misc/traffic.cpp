@@ -50,7 +50,7 @@ extern "C" int netcard_flew(const char* name, int64_t* rx_bytes, int64_t* rx_pac
                             int64_t* rx_errors, int64_t* rx_drops, int64_t* tx_bytes,
                             int64_t* tx_packets, int64_t* tx_errors, int64_t* tx_drops) {
   if (!name || !*name) return fairlead::fail(EINVAL, -1);
-  const fairlead::Stream table(fopen("/proc/net/dev", "re"));
+  const fairlead::Stream table = fairlead::open_stream("/proc/net/dev");
   if (!table) return -1;
   char line[kLineSize];
   Counters counters;

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/stream.h"
 #include "tools/modem/report.h"
 
 namespace modem {
@@ -14,14 +15,13 @@ namespace {
 constexpr size_t kLargestFile = 1 << 20;
 
 fairlead::OwnedText content_of(const char* path) {
-  FILE* const file = fopen(path, "re");
+  const fairlead::Stream file = fairlead::open_stream(path);
   if (!file) {
     complain("%s: %s", path, strerror(errno));
     return {};
   }
   fairlead::OwnedText content(static_cast<char*>(malloc(kLargestFile + 1)));
-  const size_t length = content ? fread(content.get(), 1, kLargestFile, file) : 0;
-  fclose(file);
+  const size_t length = content ? fread(content.get(), 1, kLargestFile, file.get()) : 0;
   if (content) content.get()[length] = '\0';
   return content;
 }
