@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "tools/fairlead/report.h"
+#include "tools/standard_streams.h"
 
 namespace control {
 
@@ -16,7 +17,8 @@ Exit guarded(const Call& call, Exit (*work)(const Call& call)) {
   if (child < 0) return fail_because(errno, "no process can be made");
   if (child == 0) {
     const Exit result = work(call);
-    _exit(fflush(stdout) == 0 ? result : fail_because(errno, "standard output"));
+    const int error = tools::flush_output();
+    _exit(error == 0 ? result : fail_because(error, "standard output"));
   }
   int status = 0;
   while (waitpid(child, &status, 0) < 0)

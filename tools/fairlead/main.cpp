@@ -1,5 +1,4 @@
 // fairlead - the control tool: what programs can ask of the device, from a shell.
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
@@ -16,9 +15,8 @@ namespace {
 using namespace control;
 
 Exit finish_output(Exit result) {
-  errno = 0;
-  if (fflush(stdout) == 0 && !ferror(stdout)) return result;
-  return fail_because(errno ? errno : EIO, "standard output");
+  const int error = tools::flush_output();
+  return error == 0 ? result : fail_because(error, "standard output");
 }
 
 Exit check_count(const Command& command, std::span<char* const> arguments) {
@@ -70,10 +68,11 @@ Exit run(std::span<char* const> words, const Options& options, uint32_t given) {
 
 // The two words that ask about the tool itself.
 bool answer_about_self(const char* word) {
-  if (strcmp(word, "--version") == 0) return puts("fairlead " FAIRLEAD_VERSION) >= 0;
-  if (strcmp(word, "--commands") != 0) return false;
-  print_commands();
-  return true;
+  const bool version = strcmp(word, "--version") == 0;
+  if (version) puts("fairlead " FAIRLEAD_VERSION);
+  const bool commands = strcmp(word, "--commands") == 0;
+  if (commands) print_commands();
+  return version || commands;
 }
 
 }  // namespace

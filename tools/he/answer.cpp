@@ -1,9 +1,7 @@
 // An answer as text.
 #include "tools/he/answer.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 #include "base/owned.h"
 #include "fairlead/talk/node.h"
@@ -64,12 +62,6 @@ const char* print_answer(talk_t* answer, bool indented) {
     fputs(text.get(), stdout);
   putchar('\n');
   return nullptr;
-}
-
-const char* flush_answer() {
-  errno = 0;
-  const bool written = fflush(stdout) == 0 && !ferror(stdout);
-  return written ? nullptr : strerror(errno ? errno : EIO);
 }
 
 }  // namespace he

@@ -8,7 +8,4 @@ namespace he {
 // An object as compact JSON, or indented; a text as it is. Null, or why it could not be printed.
 const char* print_answer(talk_t* answer, bool indented);
 
-// Writes out what is still buffered. Null, or why it could not be written.
-const char* flush_answer();
-
 }  // namespace he

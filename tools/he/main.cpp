@@ -1,6 +1,7 @@
 // he - puts one request to the library and prints the answer.
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 #include "fairlead/log.h"
 #include "tools/he/answer.h"
@@ -13,9 +14,9 @@
 namespace {
 
 he::Exit finish_output(he::Exit result) {
-  const char* problem = he::flush_answer();
-  if (!problem) return result;
-  he::complain("standard output: %s", problem);
+  const int error = tools::flush_output();
+  if (error == 0) return result;
+  he::complain("standard output: %s", strerror(error));
   return he::kFailed;
 }
 
