@@ -9,7 +9,7 @@ _fairlead_names() {  # _fairlead_names NOUN VERB: what the device has of the kin
     adapter | joint) fairlead project list 2>/dev/null | cut -f 1 | while read -r project; do
         fairlead project list "$project" 2>/dev/null | sed -n 's,^adapters/,,p' | cut -f 1
       done ;;
-    net) ls /sys/class/net 2>/dev/null ;;
+    net) sed -n 's/^ *\([^ :]*\):.*/\1/p' /proc/net/dev 2>/dev/null ;;
     log) case $2 in
         level | write) echo emerg alert error warn notice info debug ;;
         mode) echo syslog console where ;;
