@@ -1,5 +1,6 @@
 /* glibc.h - included before everything else. Debian's C++ headers are configured for glibc; this is
- * what they have found there and uClibc-ng, as configured here, lacks: above all wide characters. */
+ * what they have found there and uClibc-ng, as configured here, lacks: above all wide characters.
+ */
 #ifdef __cplusplus
 #include <bits/c++config.h>
 #undef _GLIBCXX_USE_WCHAR_T

@@ -1,5 +1,5 @@
-/* c++locale.h - in place of the one for glibc, whose locales uClibc-ng, as configured here, does not
- * have. <memory> reads this by way of the streams; nothing here uses those. */
+/* c++locale.h - in place of the one for glibc, whose locales uClibc-ng, as configured here, does
+ * not have. <memory> reads this by way of the streams; nothing here uses those. */
 #pragma once
 #define _GLIBCXX_NUM_CATEGORIES 0
 namespace std {
