@@ -10,6 +10,7 @@
 namespace {
 
 using namespace fairlead_test;
+namespace fs = std::filesystem;
 
 constexpr int kNotHere = 77;
 
@@ -22,27 +23,38 @@ class RightsTest : public FaultsTest {
     return syscall(SYS_capset, &header, none) == 0;
   }
 
+  // Only root may take the other two away.
+  static constexpr unsigned long kFrozen = MS_BIND | MS_REMOUNT | MS_RDONLY | MS_NOSUID | MS_NODEV;
+
   static bool freeze(const char* folder) {
     return mount(folder, folder, nullptr, MS_BIND | MS_REC, nullptr) == 0 &&
-           mount(nullptr, folder, nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr) == 0;
+           mount(nullptr, folder, nullptr, kFrozen, nullptr) == 0;
   }
 
-  // Opens up again what the checks have closed, for the next arrangement.
-  static void close_to_all(mode_t files, mode_t folders) { change_modes(files, folders); }
-  static void open_to_all() { change_modes(0644, 0755); }
+  static void close_to_all(mode_t files, mode_t folders) {
+    std::vector<fs::directory_entry> inner;
+    for (const char* root : kRoots) {
+      inner.emplace_back(root);
+      inner.insert(inner.end(), fs::recursive_directory_iterator(root), {});
+    }
+    for (size_t i = inner.size(); i-- > 0;) change_mode(inner[i], files, folders);
+  }
+
+  // For the next arrangement; from above, since whoever is not root cannot look into a closed
+  // folder.
+  static void open_to_all() {
+    for (const char* root : kRoots) {
+      chmod(root, 0755);
+      for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root))
+        change_mode(entry, 0644, 0755);
+    }
+  }
 
  private:
-  static void change_modes(mode_t files, mode_t folders) {
-    namespace fs = std::filesystem;
-    std::vector<fs::path> inner;
-    for (const char* root : {"/etc/config", "/tmp/.var"}) {
-      inner.emplace_back(root);
-      for (const auto& entry : fs::recursive_directory_iterator(root))
-        inner.push_back(entry.path());
-    }
-    std::reverse(inner.begin(), inner.end());
-    for (const fs::path& path : inner)
-      chmod(path.c_str(), fs::is_directory(path) ? folders : files);
+  static constexpr const char* kRoots[] = {"/etc/config", "/tmp/.var"};
+
+  static void change_mode(const fs::directory_entry& entry, mode_t files, mode_t folders) {
+    chmod(entry.path().c_str(), fs::is_directory(entry.path()) ? folders : files);
   }
 };
 

@@ -23,7 +23,7 @@ bool become_root_of(int flags) {
 
 bool enter_namespaces(int flags) {
   if (unshare(flags) != 0 && !become_root_of(flags)) return false;
-  return !(flags & CLONE_NEWNS) || mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) == 0;
+  return !(flags & CLONE_NEWNS) || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
 }
 
 bool hide(const std::string& folder) {

@@ -16,6 +16,7 @@
 #include "support/device_test.h"
 #include "support/faults.h"
 #include "support/killed_at.h"
+#include "support/namespaces.h"
 
 namespace {
 
@@ -309,7 +310,7 @@ TEST_F(ReplaceFileTest, beside_a_leftover_that_cannot_be_removed_it_writes_in_pl
 template <class Action>
 void in_own_mounts(Action action) {
   const auto ended = run_child([&] {
-    if (unshare(CLONE_NEWNS) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return 77;
+    if (!fairlead_test::enter_namespaces(CLONE_NEWNS)) return 77;
     return action();
   });
   if (ended.status == 77) GTEST_SKIP() << "mounts are not possible in this private root";
