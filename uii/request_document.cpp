@@ -1,5 +1,6 @@
 // An identifier as a request document.
 #include "base/bounded_text.h"
+#include "base/errno_keeper.h"
 #include "base/fail.h"
 #include "fairlead/talk/edit.h"
 #include "fairlead/talk/node.h"
@@ -43,14 +44,20 @@ bool add_data(vessel_t* request, uii_t* uii) {
          add_copy(request, "v", UiiValueTalk(uii));
 }
 
+OwnedTalk request_for(uii_t* uii) {
+  const ErrnoKeeper keep;
+  errno = 0;
+  OwnedTalk request(VesselCreate());
+  if (!request || !add_text(request.get(), "adp", UiiObjectString(uii))) return {};
+  const bool whole =
+      UiiInterface(uii) ? add_call(request.get(), uii) : add_data(request.get(), uii);
+  return whole ? std::move(request) : OwnedTalk();
+}
+
 }  // namespace
 
 extern "C" vessel_t* UiiTalk(uii_t* uii) {
   if (UiiObjectCount(uii) < 1) return fail<vessel_t*>(EINVAL);
-  errno = 0;
-  OwnedTalk request(VesselCreate());
-  if (!request || !add_text(request.get(), "adp", UiiObjectString(uii)) ||
-      !(UiiInterface(uii) ? add_call(request.get(), uii) : add_data(request.get(), uii)))
-    return fail<vessel_t*>(ENOMEM);
-  return request.release();
+  OwnedTalk request = request_for(uii);
+  return request ? request.release() : fail<vessel_t*>(ENOMEM);
 }

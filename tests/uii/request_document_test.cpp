@@ -87,6 +87,16 @@ TEST_F(UiiTalkTest, an_errno_from_before_means_nothing) {
   EXPECT_NE(nullptr, OwnedTalk(UiiTalk(call.get())));
 }
 
+TEST_F(UiiTalkTest, a_request_made_leaves_errno_alone) {
+  for (const char* identifier : {"net", "net=", "net:mtu=1492", "net={broken", "a.b[x,,z]"}) {
+    const auto record = uii(identifier);
+    errno = ERANGE;
+    const OwnedTalk request(UiiTalk(record.get()));
+    EXPECT_EQ(ERANGE, errno) << identifier;
+    EXPECT_NE(nullptr, request) << identifier;
+  }
+}
+
 // A request with a part missing would ask for something else: without "v" a set deletes.
 TEST_F(UiiTalkTest, without_memory_there_is_no_request) {
   for (const char* identifier :
