@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "base/fail.h"
 #include "base/owned.h"
@@ -171,9 +172,10 @@ extern "C" int json_detach_child(json_t* parent, json_t* child) {
 
 extern "C" void json_free_value(json_t** value) {
   NODE_ASSERT_TEXT(value && *value, "*value");
-  fairlead::unlink_node(*value);
-  release_tree(*value);
-  *value = nullptr;
+  // Cleared first: the caller's pointer may be one of the tree's own, which unlinking changes.
+  json_t* const node = std::exchange(*value, nullptr);
+  fairlead::unlink_node(node);
+  release_tree(node);
 }
 
 extern "C" json_t* json_find_first_label(const json_t* object, const char* text_label) {

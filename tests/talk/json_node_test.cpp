@@ -206,6 +206,20 @@ TEST_F(JsonNodeTest, free_value_inside_a_tree_removes_it_cleanly) {
   EXPECT_EQ("{}", text_of(tree));
 }
 
+TEST_F(JsonNodeTest, free_value_takes_a_pointer_of_the_tree_itself) {
+  Tree tree = parsed(R"({"a":{"x":1},"b":[1,2,3],"c":3})");
+  json_free_value(&tree->child->child);
+  EXPECT_EQ(nullptr, tree->child->child_end);
+  json_free_value(&tree->child);
+  json_t* const list = tree->child->child;
+  json_free_value(&list->child);
+  json_free_value(&list->child->next);
+  EXPECT_EQ(R"({"b":[2],"c":3})", text_of(tree));
+  json_free_value(&list->child_end);
+  json_free_value(&tree->child_end->previous);
+  EXPECT_EQ(R"({"c":3})", text_of(tree));
+}
+
 // A text lies in its node's block until a longer one is set.
 TEST_F(JsonNodeTest, free_value_frees_a_text_that_was_replaced) {
   Tree tree = parsed(R"({"inside":1,"outside":2})");

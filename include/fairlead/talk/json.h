@@ -159,7 +159,8 @@ json_error json_insert_pair_into_object(json_t* parent, const char* text_label, 
 int json_detach_child(json_t* parent, json_t* child);
 
 /* Frees the node and all below it and sets the caller's pointer to null. A node that is still in a
- * tree is taken out of it first. */
+ * tree is taken out of it first; the pointer may be the tree's own, which then is what this makes
+ * of it: json_free_value(&array->child) removes the first element. */
 void json_free_value(json_t** value);
 
 /* The first label of an object with exactly this text, or null. */

@@ -47,7 +47,8 @@ vessel_t* FileVessel(const char* path);
  * on the way; docs/configuration-file.md tells how. A new file has mode 0660 with the umask, an
  * existing one keeps mode, owner and place (a symbolic link is followed). It may be locked
  * elsewhere for one second at most. Returns 0 with errno: EINVAL no Vessel, a member without a
- * value, path NULL or empty | EBUSY locked elsewhere | ENOMEM | what the failing system call gave.
+ * value, path NULL or empty, or of something that is no file, such as a device | EBUSY locked
+ * elsewhere | ENOMEM | what the failing system call gave.
  */
 int VesselFile(vessel_t* vessel, const char* path);
 
