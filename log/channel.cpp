@@ -25,11 +25,11 @@ int32_t load(const int32_t& shared) { return __atomic_load_n(&shared, __ATOMIC_A
 // Found by several threads at the same time, all of them the same.
 template <class T>
 T found(const T& shared) {
-  return __atomic_load_n(&shared, __ATOMIC_RELAXED);
+  return __atomic_load_n(&shared, __ATOMIC_ACQUIRE);
 }
 template <class T>
 void note(T& shared, T value) {
-  __atomic_store_n(&shared, value, __ATOMIC_RELAXED);
+  __atomic_store_n(&shared, value, __ATOMIC_RELEASE);
 }
 
 // Read through its reference at every message, never copied: a change in the value store takes

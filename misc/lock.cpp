@@ -1,11 +1,14 @@
 // Record locks on descriptors, with a limit on the wait.
 #include <fcntl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 
 #include "base/alarm_scope.h"
+#include "base/deadline.h"
 #include "base/fail.h"
 #include "base/signal_scope.h"
 #include "fairlead/misc/process.h"
@@ -14,6 +17,7 @@ namespace {
 
 using fairlead::AlarmPause;
 using fairlead::AlarmScope;
+using fairlead::Deadline;
 using fairlead::fail;
 using fairlead::HandlerScope;
 using fairlead::MaskScope;
@@ -49,6 +53,22 @@ int wait_bounded(int fd, struct flock& lock, int seconds) {
   return wait_for_lock(fd, lock);
 }
 
+// By the system call: not every C library has the function.
+bool in_first_thread() { return syscall(SYS_gettid) == getpid(); }
+
+// The alarm and its handler are the process', and it is the first thread that they wake. Any other
+// one would wait without a limit, and take the alarm away from one that waits at the same time.
+int ask_again_and_again(int fd, struct flock& lock, int seconds) {
+  constexpr timespec kPause = {0, 5000000};
+  const Deadline deadline(seconds);
+  while (!deadline.passed()) {
+    nanosleep(&kPause, nullptr);
+    if (fcntl(fd, F_SETLK, &lock) == 0) return 1;
+    if (!held_elsewhere()) break;
+  }
+  return fail<int>(EBUSY);
+}
+
 }  // namespace
 
 extern "C" pid_t lockfd_get(int fd, int type, int start, int whence, int length) {
@@ -64,7 +84,9 @@ extern "C" int lockfd_set(int fd, int type, int start, int whence, int length, i
   if (fcntl(fd, F_SETLK, &lock) == 0) return 1;
   if (seconds == 0) return 0;
   if (!held_elsewhere()) return fail<int>(EBUSY);
-  return seconds < 0 ? wait_for_lock(fd, lock) : wait_bounded(fd, lock, seconds);
+  if (seconds < 0) return wait_for_lock(fd, lock);
+  return in_first_thread() ? wait_bounded(fd, lock, seconds)
+                           : ask_again_and_again(fd, lock, seconds);
 }
 
 extern "C" int lockfd_free(int fd, int, int, int, int) {

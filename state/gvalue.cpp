@@ -26,16 +26,30 @@ using fairlead::OwnedTalk;
 using fairlead::StoredValue;
 using fairlead::StoreView;
 
-// The default store, opened by the first call that needs it and kept until the process ends. Not
-// guarded: the first call comes before threads start.
+// The default store, opened by the first call that needs it and kept until the process ends. That
+// may be in any thread, as all of them may log.
 struct {
   gvalue_t* default_store;
 } process;
 
+gvalue_t* opened_default_store() {
+  return __atomic_load_n(&process.default_store, __ATOMIC_ACQUIRE);
+}
+
+// Of threads that open it at the same time, all get the handle of the first.
+gvalue_t* open_default_store() {
+  gvalue_t* const opened = GvalueCreate("default");
+  gvalue_t* first = nullptr;
+  if (!opened || __atomic_compare_exchange_n(&process.default_store, &first, opened, false,
+                                             __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
+    return opened;
+  return first;
+}
+
 // The handle's store, or null with errno from the open of the default store.
 const OpenStore* resolve(gvalue_t* gvalue) {
-  if (!gvalue && !process.default_store) process.default_store = GvalueCreate("default");
-  return static_cast<const OpenStore*>(gvalue ? gvalue : process.default_store);
+  if (!gvalue) gvalue = opened_default_store();
+  return static_cast<const OpenStore*>(gvalue ? gvalue : open_default_store());
 }
 
 StoreView view_of(const OpenStore& store) { return {store.address, store.mapped_size}; }
@@ -123,7 +137,7 @@ bool add_member(vessel_t* list, const StoredValue& value) {
 }  // namespace
 
 const int32_t* fairlead::default_store_count() {
-  const gvalue_t* store = process.default_store;
+  const gvalue_t* const store = opened_default_store();
   return store ? &static_cast<const StoreHeader*>(store->address)->count : nullptr;
 }
 

@@ -11,9 +11,9 @@
  * on in the processes that have mapped it. The one thing that cannot be fended off is a foreign
  * program that cuts the file short: reading a page that is gone ends the process by SIGBUS.
  *
- * Threads: one thread at a time. Fork: a child goes on with its parent's handles; both may set.
- * Processes: setting is serialised by a lock; reading takes none, so a value that is being set can
- * be seen half old and half new. */
+ * Threads: one thread at a time, but for what LogWrite reads (log.h). Fork: a child goes on with
+ * its parent's handles; both may set. Processes: setting is serialised by a lock; reading takes
+ * none, so a value that is being set can be seen half old and half new. */
 #ifndef FAIRLEAD_STATE_GVALUE_H
 #define FAIRLEAD_STATE_GVALUE_H
 
