@@ -8,12 +8,10 @@
 
 namespace fairlead {
 
-// Ends the text after its last character that is not white space, and gives its first character
-// that is not a space.
+// Writes NULs over the white space at the end of the text, and gives its first character that is
+// not a space. A text without any is not written to: it may be a literal.
 inline char* trim(char* text) {
-  char* end = text + strlen(text);
-  while (end > text && is_white_space(end[-1])) --end;
-  *end = '\0';
+  for (char* end = text + strlen(text); end > text && is_white_space(end[-1]);) *--end = '\0';
   return skip(text, ' ');
 }
 

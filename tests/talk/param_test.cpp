@@ -56,6 +56,11 @@ TEST_F(ParamTest, analysis_drops_white_space_around_parameters) {
   EXPECT_EQ("a|\tb|", split("a,  \tb")) << "only spaces are dropped after a comma";
 }
 
+TEST_F(ParamTest, analysis_overwrites_the_white_space_at_the_end) {
+  EXPECT_EQ("a|b|", split("a,b \t\r\n"));
+  EXPECT_EQ(std::string("a\0b\0\0\0\0", 7), text_);
+}
+
 TEST_F(ParamTest, a_space_ends_its_parameter_and_the_rest_is_lost) {
   EXPECT_EQ("x|z|", split("x y,z"));
   EXPECT_EQ("x|z|", split("x  y w , z"));

@@ -50,6 +50,17 @@ TEST_F(SlashTest, analysis_trims_the_text_but_not_its_segments) {
   EXPECT_EQ("\ta|", split(" \ta"));
 }
 
+TEST_F(SlashTest, analysis_overwrites_the_white_space_at_the_end) {
+  split("a/b \t\r\n");
+  EXPECT_EQ(std::string("a\0b\0\0\0\0", 7), text_);
+}
+
+TEST_F(SlashTest, analysis_writes_to_separators_and_white_space_only) {
+  static const char kLiteral[] = "wan";
+  EXPECT_EQ(1, SlashAnalysis(&slash_, const_cast<char*>(kLiteral)));
+  EXPECT_EQ(kLiteral, SlashGet(&slash_, 1));
+}
+
 TEST_F(SlashTest, an_empty_path_has_no_segments_and_leaves_errno) {
   for (const char* text : {"", "/", "//", "   ", " / ", "\n", " \t\r\n"}) {
     for (int stale : {0, fairlead_test::kStaleErrno}) {
