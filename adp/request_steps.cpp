@@ -1,10 +1,13 @@
 // Reading, writing when something changes, and merging.
 #include "adp/request_steps.h"
 
+#include "adp/object_name.h"
 #include "fairlead/adp/handle.h"
 #include "fairlead/adp/isolated.h"
+#include "fairlead/config.h"
 #include "fairlead/talk/edit.h"
 #include "fairlead/talk/node.h"
+#include "talk/file_text.h"
 #include "talk/owned_talk.h"
 #include "talk/roles.h"
 
@@ -15,6 +18,20 @@ namespace {
 OwnedTalk read_current(const RequestRoad& road, const RequestTarget& target) {
   talk_t* current = road.get(target.object, target.object_text, target.path, target.path_text);
   return OwnedTalk(current == TALK_DONE || current == TALK_FAILED ? nullptr : current);
+}
+
+// What members are merged into. Null for nothing is no null for what could not be read for a
+// moment: the members alone would take the place of all that the store holds. False: that cannot be
+// told.
+bool read_to_merge(const RequestRoad& road, const RequestTarget& target, OwnedTalk& current) {
+  current = read_current(road, target);
+  if (current) return true;
+  errno = ENOENT;
+  const OwnedTalk stored(
+      ConfigGet(object_name(target.object, target.object_text), target.path, target.path_text));
+  if (!stored) return !content_unknown();
+  current = read_current(road, target);  // null once more: the adapter has a mind of its own
+  return true;
 }
 
 bool write(const RequestRoad& road, const RequestTarget& target, talk_t* value) {
@@ -65,8 +82,10 @@ int32_t answer_set(const RequestRoad& road, const RequestTarget& target, talk_t*
 
 int32_t answer_merge(const RequestRoad& road, const RequestTarget& target, talk_t* value,
                      talk_t** out) {
-  const OwnedTalk current = read_current(road, target);
-  if (!is_vessel(current.get()) || !is_vessel(value))
+  if (!is_vessel(value)) return answer_set(road, target, value, out);
+  OwnedTalk current;
+  if (!read_to_merge(road, target, current)) return finish(false, out);
+  if (!is_vessel(current.get()))
     return finish(write_change(road, target, current.get(), value), out);
   const OwnedTalk before(TalkDup(current.get()));
   if (!merge_whole(value, current.get())) return finish(false, out);

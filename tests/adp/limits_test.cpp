@@ -181,7 +181,8 @@ TEST_F(LimitsTest, lost_memory_fails_a_call_when_its_report_is_filtered_out) {
 }
 
 TEST_F(LimitsTest, a_merge_is_written_whole_or_not_at_all) {
-  const std::string before = "{\"a\":\"1\",\"b\":\"1\"}", after = "{\"a\":\"2\",\"b\":\"2\"}";
+  const std::string before = "{\"a\":\"1\",\"b\":\"1\",\"c\":\"1\"}",
+                    after = "{\"a\":\"2\",\"b\":\"2\",\"c\":\"1\"}";
   put_file("/etc/config/net.cfg", before);
   for (const auto road : {He, SecureHe}) {
     const int failures = each_lost_allocation(
@@ -199,6 +200,39 @@ TEST_F(LimitsTest, a_merge_is_written_whole_or_not_at_all) {
         });
     EXPECT_GT(failures, 5);
   }
+}
+
+// What cannot be read for a moment is not absent, whether a module leaves it to the store or
+// nothing but the store serves it.
+TEST_F(LimitsTest, a_merge_into_what_cannot_be_read_loses_nothing) {
+  install("tables", "net/table");
+  const std::string before = R"({"dns":{"a":"1","b":"1"},"mtu":"1"})";
+  const std::pair<std::string, const char*> merges[] = {
+      {R"(|{"mtu":"2"})", R"({"dns":{"a":"1","b":"1"},"mtu":"2"})"},
+      {R"(:dns|{"a":"2"})", R"({"dns":{"a":"2","b":"1"},"mtu":"1"})"}};
+  const std::pair<Call, int> faults[] = {
+      {Call::kOpen, EMFILE}, {Call::kRead, EIO}, {Call::kFcntl, ENOLCK}};
+  const auto check = [&](const std::string& object, const auto& merge, auto road, auto fault) {
+    const std::string file = "/etc/config/" + object + ".cfg";
+    const auto& [request, after] = merge;
+    for (EachCall each(fault.first, {.error = fault.second}); each.next();) {
+      put_file(file, before);
+      uii_t* identifier = UiiCreate((object + request).c_str());
+      talk_t* out = nullptr;
+      const int32_t status = each.run([&] { return road(identifier, &out); });
+      const std::string left = file_content(file);
+      // What a child has done may have failed to be told.
+      EXPECT_TRUE(left == after || (status != 1 && left == before))
+          << object << request << " " << fault.second << " " << each.nth() << " left " << left;
+      UiiFree(identifier);
+    }
+  };
+  logged([&] {
+    for (const char* object : {"net/wan", "net/table"})
+      for (const auto& merge : merges)
+        for (const auto road : {He, SecureHe})
+          for (const auto& fault : faults) check(object, merge, road, fault);
+  });
 }
 
 TEST_F(LimitsTest, a_request_is_made_with_all_of_its_parameters_or_not_at_all) {

@@ -35,7 +35,8 @@ FAIRLEAD_API_BEGIN
  *   object:path=value   set, unless the value is there already. Without a value, and with one that
  *                       begins with "{" and is no object, the path is deleted
  *   object:path|value   merge: an object goes member by member into an object that is there;
- *                       anything else is set. Nothing is written when nothing changes
+ *                       anything else is set. Nothing is written when nothing changes, nor when
+ *                       the store has the object and cannot read it for the moment (-1)
  *   object:path         the value; status 0
  *   :  .  ?             (as first character of the object; not for calls) all configurations, all
  *                       registrations, the adapters of all projects; status 0
