@@ -258,6 +258,33 @@ TEST_F(IsolatedTest, the_child_ends_with_0_or_127_when_its_answer_could_not_be_w
   EXPECT_EQ(127, end_of_child(1));
 }
 
+// They are the caller's, as what its streams still hold: a child that ends by exit, for lack of
+// memory or because its adapter does, must not remove the caller's files.
+TEST_F(IsolatedTest, the_child_runs_no_exit_handlers_of_the_callers) {
+  install("tables", "net/table");
+  const auto after = [](const std::function<void()>& action) {
+    return run_child([&] {
+      atexit([] { put_file("/tmp/handled", ""); });
+      printf("once");
+      action();
+      fflush(stdout);
+    });
+  };
+  const auto left = after([] { EXPECT_EQ("null", call("misbehave", "leave")); });
+  EXPECT_EQ("once", left.out);
+  int told = 0;
+  for (int nth = 1; nth <= 8; ++nth) {
+    const auto lost = after([nth] {
+      Fault memory(Call::kMalloc, {.nth = nth, .error = ENOMEM});
+      AdpSecureGet(nullptr, "net/table", nullptr, nullptr);
+    });
+    EXPECT_EQ("once", lost.out) << nth;
+    told += lost.err.find("out of memory") != std::string::npos;
+  }
+  EXPECT_GT(told, 0);
+  EXPECT_EQ("<missing>", fairlead_test::file_content("/tmp/handled"));
+}
+
 TEST_F(IsolatedTest, a_failed_fork_leaves_a_pending_sigchld_pending) {
   const auto ended = run_child([] {
     sigset_t blocked, pending;

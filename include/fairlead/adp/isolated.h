@@ -2,7 +2,8 @@
  *
  * The three calls do what AdpSet, AdpGet and AdpCall do, but in a child process: an adapter that
  * crashes, leaks or corrupts memory harms nobody but that child. What the adapter changes in memory
- * vanishes with the child; what it writes to files stays. The caller waits without limit for a
+ * vanishes with the child; what it writes to files stays. An adapter that ends its child by exit(3)
+ * runs no exit handler of the caller's. The caller waits without limit for a
  * child that neither answers nor ends; once a SIGCHLD has been seen, no wait lasts more than 3
  * seconds.
  *
