@@ -306,6 +306,22 @@ TEST_F(LimitsTest, a_set_that_runs_out_of_memory_tells_a_script_all_or_nothing) 
   TalkFree(value);
 }
 
+// An object whose adapter cannot be looked for is not one without: the store would take the value.
+TEST_F(LimitsTest, a_set_that_runs_out_of_memory_reaches_its_adapter_or_nobody) {
+  install("probe", "net/probe");
+  ASSERT_EQ(1, DynAdpCreate("here/too", "net/probe"));
+  for (const std::string object : {"net/probe", "here/too"}) {
+    const int failures = each_lost_allocation(
+        [&](Fault& fault) {
+          const int result = AdpSet(nullptr, object.c_str(), nullptr, "x", nullptr, "1");
+          fault.disarm();
+          return result == 1 ? 1 : 2;
+        },
+        [&](const Ended&, int) { EXPECT_FALSE(exists("/etc/config/" + object + ".cfg")); });
+    EXPECT_GE(failures, 3);
+  }
+}
+
 TEST_F(LimitsTest, a_binding_that_runs_out_of_memory_loses_no_other) {
   put_file("/prj/net/wan.adp", "");
   ASSERT_EQ(1, DynAdpCreate("a/b", "net/wan"));

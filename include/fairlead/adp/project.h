@@ -107,7 +107,8 @@ char* DynAdpPath(slash_t* path, char* buffer, int size);
 /* ---- Lookup ---- */
 
 /* Who serves an object, by record, or when that is null by text (at most 255 characters of it):
- * one of the ADP_ codes, or -1 when there is no path or it has no segment. The adapter's file goes
+ * one of the ADP_ codes, or -1 when there is no path or it has no segment, or when memory runs out
+ * (errno ENOMEM), so that nobody serves in the place of an adapter. The adapter's file goes
  * to the buffer, empty for ADP_PURE; without a buffer only the code is told. The registry comes
  * before the project tree and a module before a script. A file whose path ends in the letter "h" is
  * a script. A bound file that is gone still counts: loading or running it fails later. */
