@@ -41,11 +41,16 @@ for option in "" -s; do
   expect '' 0 he $option 'board/led.blink[250,blue,]'
   expect '{"colour":"blue","period":"250"}' 0 he $option board/led
   expect '*' 1 he $option board/led:colour=pink
+  expect '*' 1 he $option 'board/led.blink[$(touch${IFS}ran),red,]'
+  expect '{"colour":"blue","period":"250"}' 0 he $option board/led
+  expect '' 0 env paramter1=9 paramter2=red he $option 'board/led.blink[]'
+  expect '{"colour":"blue","period":"500"}' 0 he $option board/led
   expect '{"blink":*}' 0 he $option board/led.
   expect '' 0 he $option board/led.off
   expect '*' 1 he $option board/led.none
 done
 
+[ ! -e ran ] || { echo "a parameter was run"; status=1; }
 grep -qF "[\`clock.c\`](../examples/adapters/clock.c)" "$source/docs/adapters.md" || { echo "docs/adapters.md no longer names clock.c"; status=1; }
 echo "$checks answers"
 exit $status

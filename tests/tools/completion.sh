@@ -24,7 +24,14 @@ offers value get --s = --store
 offers config get net = net/wan
 offers project install l = lab
 offers at /dev/null --ex = --expect
+offers service nothing-like-it = ""
 offers net info l = lo
 offers log level de = debug
 offers log mode syslog w = where
+
+# A name is never more than that, not even a command.
+cd /tmp || exit
+echo '{"mtu":"1"}' >'/etc/config/$(touch${IFS}ran).cfg'
+offers config get '$(t' = '\$\(touch\$\{IFS\}ran\)'
+[ ! -e ran ] || { echo "what a name said was run"; status=1; }
 exit $status

@@ -18,7 +18,7 @@ _fairlead_names() {  # _fairlead_names NOUN VERB: what the device has of the kin
 }
 
 _fairlead() {
-  local current=${COMP_WORDS[COMP_CWORD]} noun=${COMP_WORDS[1]-} verb=${COMP_WORDS[2]-} words
+  local current=${COMP_WORDS[COMP_CWORD]} noun=${COMP_WORDS[1]-} verb=${COMP_WORDS[2]-} words list word
   case $COMP_CWORD in
     1) words=$(fairlead --commands | cut -d ' ' -f 1 | sort -u) ;;
     2) words=$(fairlead --commands | awk -v noun="$noun" '$1 == noun && $2 != "-" { print $2 }') ;;
@@ -28,7 +28,12 @@ _fairlead() {
     words=$(fairlead --commands | awk -v noun="$noun" -v verb="$verb" '$1 == noun && ($2 == verb || $2 == "-") {
       for (i = 3; i <= NF; ++i) if ($i ~ /^--/) print $i }')
   fi
-  mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+  # Quoted, and not by compgen -W, which would run what a name says: names may come from outside of the device.
+  COMPREPLY=()
+  read -r -d '' -a list <<<"$words"
+  for word in "${list[@]}"; do
+    [[ $word != "$current"* ]] || COMPREPLY+=("$(printf %q "$word")")
+  done
 }
 
 complete -o default -F _fairlead fairlead
