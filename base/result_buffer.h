@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+#include "base/bounded_text.h"
+
 namespace fairlead {
 
 struct ResultBuffer {
@@ -16,6 +18,13 @@ template <size_t N>
 ResultBuffer choose_buffer(char* buffer, int size, char (&fallback)[N]) {
   if (buffer && size > 0) return {buffer, static_cast<size_t>(size)};
   return {fallback, N};
+}
+
+// The text, cut where the room ends. The last byte is a NUL too, for callers that rely on it after
+// a cut without looking for the end of the text.
+inline char* put_result(const ResultBuffer& result, const char* text) {
+  result.text[result.size - 1] = '\0';
+  return BoundedText(result.text, result.size).add(text).text();
 }
 
 }  // namespace fairlead

@@ -27,6 +27,5 @@ extern "C" char* ConfigGetS(const char* name, slash_t* path, const char* path_te
   if (!text) return nullptr;
   // Shared by all calls without a buffer.
   static char fallback[4096];
-  const fairlead::ResultBuffer result = fairlead::choose_buffer(buffer, size, fallback);
-  return fairlead::BoundedText(result.text, result.size).add(text.get()).text();
+  return fairlead::put_result(fairlead::choose_buffer(buffer, size, fallback), text.get());
 }

@@ -102,8 +102,7 @@ extern "C" char* TalkUiiGetS(talk_t* document, char* buffer, int size, slash_t* 
   const OwnedText text(node ? TalkString(node) : nullptr);
   if (!text) return nullptr;
   static char fallback[4096];
-  const ResultBuffer result = choose_buffer(buffer, size, fallback);
-  return BoundedText(result.text, result.size).add(text.get()).text();
+  return put_result(choose_buffer(buffer, size, fallback), text.get());
 }
 
 extern "C" talk_t* TalkUiiCut(talk_t* document, slash_t* path, const char* format, ...) {

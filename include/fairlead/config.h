@@ -49,7 +49,8 @@ talk_t* ConfigGet(const char* name, slash_t* path, const char* path_text);
 
 /* The same as text: an object's JSON text or a string, cut to fit, in buffer[0..size), or in a
  * static buffer of 4096 bytes, good until the next such call, when buffer is NULL or size below 1.
- * NULL when there is nothing, or a value without a text (a number, an array, a literal). */
+ * The buffer's last byte is set to NUL, however short the text. NULL when there is nothing, or a
+ * value without a text (a number, an array, a literal). */
 char* ConfigGetS(const char* name, slash_t* path, const char* path_text, char* buffer, int size);
 
 /* What exists in a folder below "/etc/config", NULL meaning all: a new Vessel with one string, the

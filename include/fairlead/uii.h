@@ -161,8 +161,9 @@ talk_t* TalkUiiGet(talk_t* document, slash_t* path, const char* format, ...)
 
 /* The node at the path as text: an object's JSON text or a string, cut to fit, in buffer[0..size),
  * or in a static buffer of 4096 bytes, good until the next such call, when buffer is null or size
- * below 1. Null when there is nothing, or another kind of node, at the path, or both path arguments
- * are null (EINVAL). In the formatted path "%%" becomes "%" once more. */
+ * below 1. The buffer's last byte is set to NUL, however short the text. Null when there is
+ * nothing, or another kind of node, at the path, or both path arguments are null (EINVAL). In the
+ * formatted path "%%" becomes "%" once more. */
 char* TalkUiiGetS(talk_t* document, char* buffer, int size, slash_t* path, const char* format, ...)
     __attribute__((format(printf, 5, 6)));
 

@@ -1,11 +1,14 @@
 // The caller's buffer, or a function's own.
 #include "base/result_buffer.h"
 
+#include <cstring>
+
 #include "support/device_test.h"
 
 namespace {
 
 using fairlead::choose_buffer;
+using fairlead::put_result;
 
 class ResultBufferTest : public fairlead_test::DeviceTest {
  protected:
@@ -28,6 +31,19 @@ TEST_F(ResultBufferTest, the_own_one_serves_without_a_buffer_or_room) {
   const auto chosen = choose_buffer(nullptr, 16, own_);
   EXPECT_EQ(own_, chosen.text);
   EXPECT_EQ(sizeof own_, chosen.size);
+}
+
+TEST_F(ResultBufferTest, a_text_is_put_with_a_nul_behind_it_and_one_in_the_last_byte) {
+  memset(callers_, 'x', sizeof callers_);
+  EXPECT_EQ(callers_, put_result({callers_, 8}, "box"));
+  EXPECT_STREQ("box", callers_);
+  EXPECT_EQ('\0', callers_[7]);
+  EXPECT_EQ('x', callers_[8]);
+}
+
+TEST_F(ResultBufferTest, a_text_is_cut_where_the_room_ends) {
+  EXPECT_STREQ("bo", put_result({callers_, 3}, "box"));
+  EXPECT_STREQ("", put_result({callers_, 1}, "box"));
 }
 
 }  // namespace

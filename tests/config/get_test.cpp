@@ -85,6 +85,13 @@ TEST_F(ConfigGetTest, text_is_cut_to_the_callers_buffer) {
   EXPECT_EQ(buffer, ConfigGetS("net", nullptr, "name", buffer, 4));
 }
 
+TEST_F(ConfigGetTest, the_last_byte_of_the_callers_buffer_is_ended_behind_a_short_text_too) {
+  char buffer[] = "xxxxxxxxx";
+  EXPECT_EQ("box", text("name", buffer, 8));
+  EXPECT_EQ('\0', buffer[7]);
+  EXPECT_EQ('x', buffer[8]);
+}
+
 TEST_F(ConfigGetTest, without_a_buffer_the_static_one_serves) {
   char buffer[4];
   char* first = ConfigGetS("net", nullptr, "name", nullptr, 100);

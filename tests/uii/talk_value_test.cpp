@@ -291,6 +291,14 @@ TEST_F(TalkUiiTest, get_text_copies_into_the_callers_buffer_and_cuts) {
   EXPECT_STREQ("", buffer);
 }
 
+TEST_F(TalkUiiTest, get_text_ends_the_last_byte_behind_a_short_text_too) {
+  OwnedTalk talk = document("{\"a\":\"12\"}");
+  char buffer[] = "#########";
+  EXPECT_STREQ("12", TalkUiiGetS(talk.get(), buffer, 8, nullptr, "a"));
+  EXPECT_EQ('\0', buffer[7]);
+  EXPECT_EQ('#', buffer[8]);
+}
+
 TEST_F(TalkUiiTest, get_text_without_a_buffer_uses_one_of_4096_bytes) {
   OwnedTalk talk = document("{}");
   ASSERT_EQ(1, TalkUiiSetS(talk.get(), std::string(5000, 'x').c_str(), nullptr, "a"));
