@@ -12,6 +12,7 @@
 #include "fairlead/talk/node.h"
 #include "log/level_words.h"
 #include "talk/changed_file.h"
+#include "talk/readable.h"
 #include "talk/roles.h"
 #include "uii/owned_uii.h"
 
@@ -60,17 +61,10 @@ OwnedTalk wrapped(const char* name, OwnedTalk value) {
 
 // Names go into the file as they are. One that would be read back as something else, with a quote
 // of its own for instance, could break the file, and with it every other joint.
-bool survives_the_file(vessel_t* joint) {
-  const OwnedText text(VesselString(joint));
-  const OwnedTalk read(text ? StringVessel(text.get()) : nullptr);
-  if (!read && errno == ENOMEM) return false;
-  return TalkEqual(joint, read.get()) || fail<bool>(EINVAL);
-}
-
 OwnedTalk make_joint(const char* object, const char* event, const TargetName& target) {
   OwnedTalk targets = wrapped(target.text(), OwnedTalk(RenderCreate("")));
   OwnedTalk joint = wrapped(object, wrapped(event, std::move(targets)));
-  return joint && survives_the_file(joint.get()) ? std::move(joint) : OwnedTalk();
+  return is_readable(joint.get()) ? std::move(joint) : OwnedTalk(fail<vessel_t*>(EINVAL));
 }
 
 vessel_t* targets_of(talk_t* joints, const char* object, const char* event) {

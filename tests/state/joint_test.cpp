@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "joint_support.h"
+#include "support/capture.h"
 #include "support/child.h"
 #include "support/faults.h"
 
@@ -102,6 +103,12 @@ TEST_F(JointEditTest, create_refuses_a_name_that_would_break_the_file) {
     }
   }
   EXPECT_EQ(kTwoTargets, file());
+}
+
+TEST_F(JointEditTest, create_refuses_a_name_without_a_word_on_standard_error) {
+  const Captured said = capture([] { JointCreate("a\"b", "up", "lan", "refresh"); });
+  EXPECT_EQ("", said.err);
+  EXPECT_EQ("", said.out);
 }
 
 TEST_F(JointEditTest, create_takes_any_other_name) {
