@@ -14,6 +14,14 @@ class BoundedText {
  public:
   // `size` counts the terminator and must be at least 1.
   BoundedText(char* buffer, size_t size) : buffer_(buffer), size_(size) { buffer_[0] = '\0'; }
+  // Begins with a text that may lie in the buffer.
+  BoundedText(char* buffer, size_t size, const char* first) : buffer_(buffer), size_(size) {
+    const size_t wanted = strlen(first);
+    cut_ = wanted >= size;
+    length_ = cut_ ? size - 1 : wanted;
+    memmove(buffer_, first, length_);
+    buffer_[length_] = '\0';
+  }
   BoundedText(const BoundedText&) = delete;
   BoundedText& operator=(const BoundedText&) = delete;
 

@@ -24,9 +24,9 @@ extern "C" char* UiiAssembly(const char* object, const char* interface, const ch
                              char* buffer, int size) {
   if (!object) return fairlead::fail<char*>(EINVAL);
   const auto result = fairlead::choose_buffer(buffer, size, state.text);
-  fairlead::BoundedText text(result.text, result.size);
+  // The object may be what the same buffer got from an earlier call.
+  fairlead::BoundedText text(result.text, result.size, object);
 
-  text.add(object);
   if (!interface) return text.text();
   text.add('.').add({interface, strnlen(interface, kInterfaceLimit)});
   if (parameter) text.add('[').add(parameter).add(']');

@@ -73,7 +73,8 @@ void UiiFree(uii_t* uii);
 /* Writes an identifier: the object, then "." and the interface when there is one (its first 63
  * characters), then the parameters in brackets when both are there. Parameters without an interface
  * are dropped. Every piece is cut where the buffer ends. A null buffer or a size below 1 selects a
- * static buffer of 4096 bytes, valid until the next such call.
+ * static buffer of 4096 bytes, valid until the next such call. The object may stand in the buffer
+ * already; interface and parameters must not.
  * Returns the buffer, or null with errno EINVAL when object is null. */
 char* UiiAssembly(const char* object, const char* interface, const char* parameter, char* buffer,
                   int size);

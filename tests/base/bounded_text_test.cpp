@@ -21,6 +21,18 @@ TEST_F(BoundedTextTest, begins_empty) {
   EXPECT_FALSE(text.cut());
 }
 
+TEST_F(BoundedTextTest, begins_with_a_text_of_its_own_buffer) {
+  char buffer[8] = "--abc";
+  BoundedText text(buffer, sizeof buffer, buffer + 2);
+  EXPECT_STREQ("abc-d", text.add("-d").text());
+  EXPECT_EQ(5u, text.length());
+  EXPECT_FALSE(text.cut());
+  const BoundedText fits(buffer, 6, buffer), cut(buffer, 5, buffer);
+  EXPECT_FALSE(fits.cut());
+  EXPECT_TRUE(cut.cut());
+  EXPECT_STREQ("abc-", buffer);
+}
+
 TEST_F(BoundedTextTest, pieces_characters_and_formats_follow_each_other) {
   FixedText<32> text;
   text.add("path").add('/').format("%s-%03d", "unit", 7).add(std::string_view());

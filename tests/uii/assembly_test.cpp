@@ -60,6 +60,15 @@ TEST_F(UiiAssemblyTest, the_shared_buffer_holds_4095_characters) {
   EXPECT_EQ(object.substr(0, 4095), UiiAssembly(object.c_str(), "up", "p", nullptr, 0));
 }
 
+TEST_F(UiiAssemblyTest, the_object_may_stand_in_the_buffer) {
+  strcpy(buffer_, "#wan");
+  EXPECT_STREQ("wan.up[x]", UiiAssembly(buffer_ + 1, "up", "x", buffer_, sizeof buffer_));
+  EXPECT_STREQ("wan.up[x].y", UiiAssembly(buffer_, "y", nullptr, buffer_, sizeof buffer_));
+  EXPECT_STREQ("wan.", UiiAssembly(buffer_, "y", nullptr, buffer_, 5));
+  char* const shared = UiiAssembly("lan", nullptr, nullptr, nullptr, 0);
+  EXPECT_STREQ("lan.up", UiiAssembly(shared, "up", nullptr, nullptr, 0));
+}
+
 TEST_F(UiiAssemblyTest, refuses_a_null_object) {
   errno = 0;
   EXPECT_EQ(nullptr, UiiAssembly(nullptr, "up", nullptr, buffer_, sizeof buffer_));
