@@ -60,11 +60,12 @@ struct Setting {
     const fairlead::ErrnoKeeper keep;
     const int32_t* count = fairlead::default_store_count();
     const int32_t now = count ? load(*count) : 0;
+    // In this order: a value that grows in between is then read in its new place.
+    const int size = GvalueSize(nullptr, name);
     const void* address = GvalueGet(nullptr, name);
     note(missing_at, address ? -1 : now);
     note(store_count, count);
-    if (address && GvalueSize(nullptr, name) >= static_cast<int>(sizeof own))
-      note(reference, address);
+    if (size >= static_cast<int>(sizeof own)) note(reference, address);
   }
 
   void set_or_look_up(uint32_t given) {

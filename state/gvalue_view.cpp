@@ -55,8 +55,8 @@ StoreView::StoreView(void* address, size_t mapped_size) : bytes_(static_cast<cha
 
 StoredValue StoreView::value(size_t index) const {
   StoreRecord& record = table()[index];
+  const int32_t size = load(record.value_size);  // first: see `place`
   const size_t offset = load(record.value_offset);
-  const int32_t size = load(record.value_size);
   if (size < 0 || offset < data_offset_ || offset - data_offset_ > data_size_) return {};
   if (static_cast<size_t>(size) > data_size_ - (offset - data_offset_)) return {};
   return {&record, {bytes_ + offset, static_cast<size_t>(size)}};
@@ -76,7 +76,7 @@ void StoreView::place(StoreRecord& record, const void* value, size_t size) {
   memmove(bytes_ + offset, value, size);  // the value may itself lie in the store
   data_used_ += size;
   store(header()->data_used, static_cast<uint32_t>(data_used_));
-  // In this order a reader never pairs the old place with the new, larger size.
+  // In this order, and read in the other one, the old place never goes with the new, larger size.
   store(record.value_offset, static_cast<uint32_t>(offset));
   store(record.value_size, static_cast<int32_t>(size));
 }

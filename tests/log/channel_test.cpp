@@ -127,6 +127,27 @@ TEST_F(ChannelTest, a_setting_that_grows_to_four_bytes_counts) {
   });
 }
 
+// The old place would be read for ever.
+TEST_F(ChannelTest, a_setting_that_grows_while_it_is_looked_for_is_read_in_its_new_place) {
+  for (int round = 0; round < 60; ++round) {
+    remove_tree("/tmp/.var/gvalue");
+    Gate small;
+    Child setter([&small] {
+      EXPECT_TRUE(small.wait());
+      return store_setting("log_level", 2) - 1;
+    });
+    const Ended logger = run_child([&small] {
+      GvalueSet(nullptr, "log_level", "\6\0\0", 3);
+      small.open();
+      while (GvalueSize(nullptr, "log_level") < 4)
+        for (int message = 0; message < 500; ++message) LogWrite(7, "source", 1, "filtered");
+      return writes(3);
+    });
+    EXPECT_EQ(0, setter.wait().status);
+    ASSERT_EQ(0, logger.status) << "in round " << round;
+  }
+}
+
 TEST_F(ChannelTest, a_setting_is_found_whatever_was_filtered_and_set_before_it) {
   run_child([] {
     EXPECT_FALSE(writes(7));
