@@ -64,6 +64,7 @@ extern "C" int ConfigUninstall(const char* project) {
   if (!project || leads_up(project) || !is_project(project)) return fail<int>(EINVAL);
   PathText folder;
   folder.add(kConfigRoot).add('/').add(project);
+  if (folder.cut()) return fail<int>(ENAMETOOLONG);  // it would be another folder
   Directory directory(folder.text());
   if (!directory) return 0;
   while (const char* name = directory.next()) {

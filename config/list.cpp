@@ -5,6 +5,7 @@
 
 #include "base/directory.h"
 #include "base/fail.h"
+#include "base/same_file.h"
 #include "config/paths.h"
 #include "fairlead/config.h"
 #include "fairlead/talk/node.h"
@@ -13,6 +14,23 @@
 namespace {
 
 using namespace fairlead;
+
+// A folder that is listed, and those above it on the way there.
+struct Way {
+  const char* path;
+  const Way* above;
+
+  // Whether one of them is this folder, to which a link leads back: such a listing has no end, or
+  // with two links none that anybody lives to see.
+  bool leads_back_to(const struct stat& folder) const {
+    struct stat own;
+    for (const Way* way = this; way; way = way->above)
+      if (stat(way->path, &own) == 0 && same_file(own, folder)) return true;
+    return false;
+  }
+};
+
+vessel_t* list(const Way& way);
 
 // The stem ends at the first extension anywhere in the name, so a copy such as lan.cfg.bak lists as
 // lan too. False: memory ran out.
@@ -25,12 +43,31 @@ bool add_file(vessel_t* listing, const char* name, const char* path) {
 }
 
 // A folder that cannot be read adds nothing.
-bool add_folder(vessel_t* listing, const char* name, const char* path) {
-  OwnedTalk inner(config_list_all(path));
+bool add_folder(vessel_t* listing, const char* name, const Way& way) {
+  OwnedTalk inner(list(way));
   if (!inner) return errno != ENOMEM;
   if (!VesselSetX(listing, name, inner.get())) return false;
   (void)inner.release();  // the listing's now
   return true;
+}
+
+bool add(vessel_t* listing, const char* name, const Way& way) {
+  PathText path;
+  path.add(way.path).add('/').add(name);
+  struct stat status;
+  if (path.cut() || stat(path.text(), &status) != 0) return true;  // cut, it names something else
+  if (!S_ISDIR(status.st_mode)) return add_file(listing, name, path.text());
+  return way.leads_back_to(status) || add_folder(listing, name, {path.text(), &way});
+}
+
+vessel_t* list(const Way& way) {
+  Directory stream(way.path);
+  if (!stream) return nullptr;
+  OwnedTalk listing(VesselCreate());
+  if (!listing) return nullptr;
+  while (const char* name = stream.next_visible())
+    if (!add(listing.get(), name, way)) return fail<vessel_t*>(ENOMEM);
+  return listing.release();
 }
 
 }  // namespace
@@ -43,19 +80,5 @@ extern "C" vessel_t* ConfigList(const char* name) {
 }
 
 extern "C" vessel_t* config_list_all(const char* directory) {
-  if (!directory) return fail<vessel_t*>(EINVAL);
-  Directory stream(directory);
-  if (!stream) return nullptr;
-  OwnedTalk listing(VesselCreate());
-  if (!listing) return nullptr;
-  while (const char* name = stream.next_visible()) {
-    PathText path;
-    path.add(directory).add('/').add(name);
-    struct stat status;
-    // A path that was cut names something else; leaving it out also ends a loop of links.
-    if (path.cut() || stat(path.text(), &status) != 0) continue;
-    const auto add = S_ISDIR(status.st_mode) ? add_folder : add_file;
-    if (!add(listing.get(), name, path.text())) return fail<vessel_t*>(ENOMEM);
-  }
-  return listing.release();
+  return directory ? list({directory, nullptr}) : fail<vessel_t*>(EINVAL);
 }

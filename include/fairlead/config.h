@@ -57,9 +57,8 @@ char* ConfigGetS(const char* name, slash_t* path, const char* path_text, char* b
  * full path, under the stem of each file, and one such Vessel under the name of each folder, in the
  * order the file system yields. The stem ends at the first ".cfg" anywhere in the name, so that
  * lan.cfg.bak lists as lan too (kept for tools that look for leftovers). Hidden names, names
- * without
- * ".cfg" and paths of more than 255 characters are left out. NULL with errno of opendir when the
- * folder cannot be read; NULL with ENOMEM. */
+ * without ".cfg", paths of more than 255 characters and links to a folder that the link lies in are
+ * left out. NULL with errno of opendir when the folder cannot be read; NULL with ENOMEM. */
 vessel_t* ConfigList(const char* name);
 
 /* The same for any folder, by its path. EINVAL: directory NULL. */
@@ -75,7 +74,7 @@ int ConfigInstall(const char* project);
 /* Removes the files of "/etc/config/<project>", each logged as a notice, "uninstall a config %s by
  * %s" (file, project), and then the folder. Hidden files and folders inside survive. Returns 1 when
  * the folder is gone, else 0; EINVAL also when the project is no name below "/etc/config": "", or
- * with a segment "." or "..". */
+ * with a segment "." or "..", ENAMETOOLONG when its path has more than 255 characters. */
 int ConfigUninstall(const char* project);
 
 FAIRLEAD_API_END

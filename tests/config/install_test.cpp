@@ -109,6 +109,18 @@ TEST_F(ConfigInstallTest, uninstall_of_nothing_gives_0) {
   EXPECT_EQ(0, ConfigUninstall("none"));
 }
 
+// Cut, the path would name another folder, such as the store itself.
+TEST_F(ConfigInstallTest, uninstall_of_a_path_that_is_too_long_is_refused) {
+  fairlead_test::make_directories("/etc/config/net");
+  for (const std::string& name : {std::string(300, '/') + "x", "net" + std::string(300, '/') + "x",
+                                  "net" + std::string(238, '/') + ".hidden"}) {
+    errno = 0;
+    EXPECT_EQ(0, ConfigUninstall(name.c_str())) << name.size();
+    EXPECT_EQ(ENAMETOOLONG, errno);
+  }
+  EXPECT_TRUE(fairlead_test::exists("/etc/config/net"));
+}
+
 TEST_F(ConfigInstallTest, uninstall_of_no_single_project_is_refused) {
   put_file("/etc/config/wan.cfg", "{}");
   put_file("/etc/precious", "");

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include "config_support.h"
+#include "support/child.h"
 #include "support/faults.h"
 #include "talk/owned_talk.h"
 
@@ -64,12 +65,30 @@ TEST_F(ConfigListTest, a_dangling_link_is_left_out) {
   EXPECT_EQ("{}", listed(ConfigList(nullptr)));
 }
 
-TEST_F(ConfigListTest, a_loop_of_links_ends) {
+TEST_F(ConfigListTest, a_link_to_another_folder_is_a_folder) {
+  put_file("/tmp/elsewhere/a.cfg", "{}");
+  fairlead_test::make_directories("/etc/config/net");
+  ASSERT_EQ(0, symlink("/tmp/elsewhere", "/etc/config/net/link"));
+  EXPECT_EQ("{\"net\":{\"link\":{\"a\":\"/etc/config/net/link/a.cfg\"}}}",
+            listed(ConfigList(nullptr)));
+}
+
+TEST_F(ConfigListTest, a_link_that_leads_back_is_left_out) {
   ASSERT_EQ(0, symlink(".", "/etc/config/self"));
-  put_file("/etc/config/a.cfg", "{}");
-  vessel_t* listing = ConfigList(nullptr);
-  EXPECT_EQ(2, VesselCount(listing));
-  TalkFree(listing);
+  put_file("/etc/config/net/a.cfg", "{}");
+  ASSERT_EQ(0, symlink("..", "/etc/config/net/up"));
+  EXPECT_EQ("{\"net\":{\"a\":\"/etc/config/net/a.cfg\"}}", listed(ConfigList(nullptr)));
+}
+
+// Followed to the kernel's 40th link, these would be listed 2 to the power of 40 times.
+TEST_F(ConfigListTest, two_links_that_lead_back_are_no_work_without_end) {
+  ASSERT_EQ(0, symlink(".", "/etc/config/one"));
+  ASSERT_EQ(0, symlink("/etc/config", "/etc/config/two"));
+  const auto ended = fairlead_test::run_child([] {
+    alarm(10);
+    return listed(ConfigList(nullptr)) == "{}" ? 0 : 1;
+  });
+  EXPECT_EQ(0, ended.status) << ended.signal;
 }
 
 TEST_F(ConfigListTest, a_listing_is_whole_or_null) {
