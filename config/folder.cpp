@@ -45,7 +45,7 @@ bool make_levels(const char* path) {
 }
 
 bool make(const char* folder) {
-  if (mkdir(folder, kFolderMode) == 0) return true;
+  if (mkdir(folder, kFolderMode) == 0 || (errno == EEXIST && is_folder(folder))) return true;
   if (is_plain(folder) && system_string("mkdir -p %s", folder) == 0) return true;
   return make_levels(folder);  // which also tells why the shell could not
 }

@@ -25,6 +25,7 @@ namespace {
 using namespace fairlead;
 
 constexpr char kMarker[] = "/etc/config/version";
+constexpr int kAttempts = 8;  // each is lost to another process that removed the folder
 
 // JSON, but not the object that a configuration must be; whoever wrote it meant it, so it is not
 // replaced.
@@ -64,6 +65,15 @@ bool remove_if_empty(const char* folder) {
   return strcmp(folder, kConfigRoot) != 0 && dir_sum(folder) < 1 && rmdir(folder) == 0;
 }
 
+// Another process may have removed the folder by now; then it is the one above that knows of it.
+bool sync_removal(PathText& folder) {
+  while (!sync_folder(folder.text())) {
+    if (errno != ENOENT || strcmp(folder.text(), kConfigRoot) == 0) return false;
+    *strrchr(folder.text(), '/') = '\0';
+  }
+  return true;
+}
+
 // A folder that is there without the file was left by a killed deletion.
 int remove_file(const ConfigPath& file) {
   remove_leftover(file.text());
@@ -73,14 +83,27 @@ int remove_file(const ConfigPath& file) {
   folder.add(file.folder());
   const int before = errno;
   if (remove_if_empty(folder.text())) *strrchr(folder.text(), '/') = '\0';
-  if (removed && !sync_folder(folder.text())) return 0;
+  if (removed && !sync_removal(folder)) return 0;
   errno = before;
   return removed ? 1 : 0;
 }
 
-int change_file(const ConfigPath& file, talk_t* value) {
-  if (!value) return remove_file(file);
-  return save_readable(value, file.text());
+int change_once(const ConfigPath& file, slash_t* path, talk_t* value) {
+  PathText folder;
+  folder.add(file.folder());
+  if (!ensure_config_folder(folder.text())) return 0;
+  if (path && path->count > 0) return change_member(file.text(), path, value);
+  return value ? save_readable(value, file.text()) : remove_file(file);
+}
+
+// Another process may remove the folder, with the last file in it, before the new one is there.
+int change(const ConfigPath& file, slash_t* path, talk_t* value) {
+  int result = 0;
+  for (int attempts = 0; attempts < kAttempts; ++attempts) {
+    result = change_once(file, path, value);
+    if (result == 1 || errno != ENOENT || !value) break;
+  }
+  return result;
 }
 
 // Tells other programs that the configuration has changed since they removed the marker. An
@@ -98,12 +121,7 @@ extern "C" int ConfigSet(const char* name, slash_t* path, const char* path_text,
   PathChoice choice(path, path_text);
   if (!choice.usable() || (choice.parsed() && choice.count() == 0)) return 0;
 
-  const ConfigPath file(name);
-  PathText folder;
-  folder.add(file.folder());
-  if (!ensure_config_folder(folder.text())) return 0;
-  const int result = choice.count() > 0 ? change_member(file.text(), choice.get(), value)
-                                        : change_file(file, value);
+  const int result = change(ConfigPath(name), choice.get(), value);
   if (result == 1) leave_marker();
   return result;
 }

@@ -83,4 +83,18 @@ TEST_F(ConfigStressTest, changes_of_members_lose_nothing_but_each_other) {
   EXPECT_EQ("for good", get("busy", "kept"));
 }
 
+// The last file that is deleted takes its folder with it, while others are about to save in it.
+TEST_F(ConfigStressTest, objects_of_a_folder_that_comes_and_goes_are_set_and_deleted) {
+  Crowd crowd;
+  crowd.add(4, [](int writer, int) {
+    const std::string name = "net/" + std::to_string(writer);
+    errno = 0;
+    ASSERT_EQ(1, ConfigSetS(name.c_str(), nullptr, "a", "1")) << strerror(errno);
+    errno = 0;
+    ASSERT_EQ(1, ConfigSet(name.c_str(), nullptr, nullptr, nullptr)) << strerror(errno);
+  });
+  crowd.wait();
+  EXPECT_FALSE(fairlead_test::exists("/etc/config/net"));
+}
+
 }  // namespace
