@@ -3,8 +3,10 @@
 
 #include <cstring>
 
+#include "base/ascii.h"
 #include "base/fail.h"
 #include "fairlead/talk/text.h"
+#include "talk/json/node.h"
 
 namespace fairlead {
 namespace {
@@ -27,10 +29,25 @@ bool is_string_body(const char* text) {
   return text != nullptr;
 }
 
-// No exact check: it keeps out what would be taken for something else than one token.
-bool is_number(const char* text) { return text[strspn(text, "0123456789+-.eE")] == '\0'; }
+// Behind one digit or more; null when there is none.
+const char* behind_digits(const char* at) {
+  const char* const end = at + strspn(at, "0123456789");
+  return end > at ? end : nullptr;
+}
+
+bool is_number(const char* at) {
+  if (*at == '-') ++at;
+  at = *at == '0' ? at + 1 : behind_digits(at);
+  if (at && *at == '.') at = behind_digits(at + 1);
+  if (at && to_upper(*at) == 'E')
+    at = behind_digits(at[1] == '+' || at[1] == '-' ? at + 2 : at + 1);
+  return at && *at == '\0';
+}
+
+bool has_one_value_at_most(const talk_t& node) { return !node.child || !node.child->next; }
 
 bool is_readable_node(const talk_t& node) {
+  if (is_label(&node) && !has_one_value_at_most(node)) return false;
   if (!node.text) return true;
   if (node.type == JSON_STRING) return is_string_body(node.text);
   return node.type != JSON_NUMBER || is_number(node.text);

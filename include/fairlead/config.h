@@ -35,7 +35,8 @@ FAIRLEAD_API_BEGIN
  * the member to delete is missing, the value is neither object nor string, the file holds JSON that
  * is no object (deliberate: somebody meant it; a damaged file is replaced), or a step failed. Texts
  * are stored as they are (json.h): a name or a text that is not in escaped form, such as one with a
- * bare double quote, would make the file another document or none, and gives 0 with EINVAL. */
+ * bare double quote, would make the file another document or none, and gives 0 with EINVAL; so does
+ * a number that is none, or a member with two values. */
 int ConfigSet(const char* name, slash_t* path, const char* path_text, talk_t* value);
 
 /* The same with a value made from text as by StringTalk. Deliberate: a NULL or blank text, and text

@@ -28,6 +28,14 @@ class ReadableTest : public fairlead_test::DeviceTest {
     EXPECT_EQ(1, VesselSetS(document.get(), "name", text));
     return stored(document.get());
   }
+
+  static bool number_stored(const char* text) {
+    const OwnedTalk document(VesselCreate());
+    EXPECT_EQ(1, VesselSetX(document.get(), "n", json_new_number(text)));
+    const bool result = stored(document.get());
+    EXPECT_TRUE(!result || OwnedTalk(FileVessel(kFile))) << text;
+    return result;
+  }
 };
 
 TEST_F(ReadableTest, texts_in_escaped_form_are_stored) {
@@ -70,13 +78,22 @@ TEST_F(ReadableTest, documents_that_were_read_are_stored_again) {
 }
 
 TEST_F(ReadableTest, numbers_that_are_none_are_refused) {
-  for (const char* text : {"1,\"x\":2", "one", "1}"}) {
-    const OwnedTalk document(VesselCreate());
-    OwnedTalk number(json_new_number(text));
-    ASSERT_EQ(1, VesselSetX(document.get(), "n", number.get())) << text;
-    (void)number.release();
-    EXPECT_FALSE(stored(document.get())) << text;
-  }
+  for (const char* text : {"1,\"x\":2", "one", "1}", "", "-", "1-2", "01", "-01", "+1", ".5", "1.",
+                           "1.e5", "1e", "1e+", "1e5.5", "--1", "0x10", "1 ", " 1"})
+    EXPECT_FALSE(number_stored(text)) << text;
+}
+
+TEST_F(ReadableTest, numbers_are_stored_as_they_are) {
+  for (const char* text :
+       {"0", "-0", "10", "-12", "0.50", "1.25", "1e5", "1E-05", "0e0", "-1.5e+10"})
+    EXPECT_TRUE(number_stored(text)) << text;
+}
+
+TEST_F(ReadableTest, members_with_a_second_value_are_refused) {
+  const OwnedTalk document(VesselCreate());
+  ASSERT_EQ(1, VesselSetS(document.get(), "name", "text"));
+  ASSERT_EQ(JSON_DONE, json_insert_child(VesselFind(document.get(), "name"), json_new_string("x")));
+  EXPECT_FALSE(stored(document.get()));
 }
 
 }  // namespace
