@@ -68,8 +68,10 @@ pid_t OpenRecord::holder() const { return own_ >= 0 ? getpid() : lock_holder(fil
 bool RecordTexts::read(int fd) {
   struct stat status;
   if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) return false;
+  // Compared before it is cut to 32 bits, where a size_t has no more.
+  if (status.st_size > static_cast<off_t>(kLongestRecord)) return false;
   const auto size = static_cast<size_t>(status.st_size);
-  if (size < kShortestRecord || size > kLongestRecord || !read_whole(fd, size)) return false;
+  if (size < kShortestRecord || !read_whole(fd, size)) return false;
 
   const char* content = content_.get();
   object_.restart().add(field(content, size, kObjectOffset, kNameRoom));
