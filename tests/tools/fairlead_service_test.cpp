@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "service/service_support.h"
+#include "support/eventually.h"
 #include "tools/fairlead_program.h"
 
 namespace {
@@ -77,12 +78,12 @@ TEST_F(ControlServiceTest, names_what_cannot_be_a_service) {
 
 // Reads what the watch has told until a text is there.
 void wait_for_text(const std::string& path, const std::string& text, size_t times = 1) {
-  for (;; usleep(10'000)) {
+  EXPECT_TRUE(fairlead_test::eventually([&] {
     const std::string content = fairlead_test::file_content(path);
     size_t found = 0;
     for (size_t at = 0; (at = content.find(text, at)) != std::string::npos; ++at) ++found;
-    if (found >= times) return;
-  }
+    return found >= times;
+  })) << text;
 }
 
 class WatchTest : public ControlServiceTest {
@@ -118,6 +119,32 @@ TEST_F(WatchTest, pauses_longer_and_longer_for_a_service_that_keeps_dying) {
       << told;
   while (next_end() == 0) continue;
   EXPECT_EQ(-1, ServiceStop("bad"));
+}
+
+// Nobody reads what it tells of the first restart, which holds it up until the signal has come.
+TEST_F(WatchTest, ends_on_a_signal_that_comes_while_it_checks) {
+  kill_daemon(start("one"));
+  int ends[2];
+  ASSERT_EQ(0, pipe2(ends, O_CLOEXEC | O_NONBLOCK));
+  const std::string filling(4096, 'x');
+  while (write(ends[1], filling.data(), filling.size()) > 0) continue;
+  ASSERT_EQ(0, fcntl(ends[1], F_SETFL, 0));
+  Child watch([&] {
+    dup2(ends[1], 1);
+    return exec({"service", "watch", "--interval", "3600"});
+  });
+  ASSERT_TRUE(fairlead_test::eventually([] { return pid("one") > 0; }));
+  watch.send(SIGTERM);
+  std::string told(filling);
+  EXPECT_TRUE(fairlead_test::eventually([&] {
+    while (read(ends[0], told.data(), told.size()) > 0) continue;
+    siginfo_t end = {};
+    return waitid(P_PID, static_cast<id_t>(watch.pid()), &end, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+           end.si_pid == watch.pid();
+  }));
+  close(ends[0]);
+  close(ends[1]);
+  stop("one");
 }
 
 TEST_F(WatchTest, hands_the_parameters_on_as_a_check_does) {

@@ -139,7 +139,7 @@ Exit service_watch(const Call& call) {
   while (!ended) {
     check(call, ward);
     sigprocmask(SIG_SETMASK, &closed, nullptr);
-    pselect(0, nullptr, nullptr, nullptr, &interval, &mask.former());
+    if (!ended) pselect(0, nullptr, nullptr, nullptr, &interval, &mask.former());
     mask.put_back();
   }
   return kDone;
