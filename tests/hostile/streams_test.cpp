@@ -45,6 +45,7 @@ class HostileStreamsTest : public DeviceTest {
   static void expect_the_same_without_streams(const char* program, const Words& words) {
     arrange();
     const int expected = run(program, words, 0);
+    EXPECT_TRUE(expected >= 0 && expected <= 3) << words[0] << ' ' << words[1] << expected;
     const std::string after = picture();
     for (int closed = 1; closed < 8; ++closed) {
       arrange();

@@ -3,6 +3,7 @@
 
 #include "service/service_support.h"
 #include "support/child.h"
+#include "support/eventually.h"
 #include "support/faults.h"
 #include "support/killed_at.h"
 
@@ -112,7 +113,7 @@ TEST_F(DaemonTest, the_lock_survives_a_start_of_another_program) {
   });
   ASSERT_TRUE(held.wait());
   const std::string comm = "/proc/" + std::to_string(daemon.pid()) + "/comm";
-  while (file_content(comm) != "he\n") usleep(1000);
+  ASSERT_TRUE(eventually([&] { return file_content(comm) == "he\n"; }));
   EXPECT_EQ(daemon.pid(), pid("wan"));
 }
 

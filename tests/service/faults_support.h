@@ -5,6 +5,7 @@
 #include <set>
 
 #include "service_support.h"
+#include "support/eventually.h"
 #include "support/traced.h"
 
 namespace fairlead_test {
@@ -16,9 +17,10 @@ inline bool is_ending(pid_t process) {
 
 // The daemons that run once everybody on the way to them has gone: they run the request tool.
 inline std::set<pid_t> settled() {
-  for (;;) {
-    std::set<pid_t> daemons;
+  std::set<pid_t> daemons;
+  const auto look = [&daemons] {
     bool on_the_way = false;
+    daemons.clear();
     for (const auto& [child, description] : take_census().children) {
       const bool gone = description.ends_with("Z");
       if (gone) waitpid(child, nullptr, 0);
@@ -28,9 +30,10 @@ inline std::set<pid_t> settled() {
       else
         on_the_way = true;
     }
-    if (!on_the_way) return daemons;
-    usleep(1000);
-  }
+    return !on_the_way;
+  };
+  EXPECT_TRUE(eventually(look)) << "somebody is on the way for ever";
+  return daemons;
 }
 
 class ServiceFaultsTest : public ServiceTest {

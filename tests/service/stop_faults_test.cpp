@@ -99,7 +99,7 @@ TEST_F(StopTest, that_always_meets_a_new_daemon_leaves_it_its_record) {
   const auto start_another = [](const fairlead_test::CallMade& call) {
     if (call.number != SYS_kill) return;
     const auto ended = static_cast<pid_t>(call.arguments[0]);
-    while (pid("net") == ended) usleep(1000);
+    EXPECT_TRUE(fairlead_test::eventually([&] { return pid("net") != ended; }));
     start("net");
   };
   const Traced seen = run_traced(

@@ -56,6 +56,11 @@ bool Gate::wait(int milliseconds) {
 }
 
 struct Child::Streams {
+  void tell_failures() const {
+    if (!failures.text().empty())
+      ADD_FAILURE() << "an expectation failed in the child:\n" << out.text();
+  }
+
   Recording out, err, failures;
 };
 
@@ -75,6 +80,7 @@ Child::~Child() {
   if (pid_ <= 0) return;
   send(SIGKILL);
   wait_for_end(pid_);
+  streams_->tell_failures();
 }
 
 void Child::send(int signal_number) const {
@@ -93,8 +99,7 @@ Ended Child::wait() {
   if (WIFSIGNALED(status)) ended.signal = WTERMSIG(status);
   ended.out = streams_->out.text();
   ended.err = streams_->err.text();
-  if (!streams_->failures.text().empty())
-    ADD_FAILURE() << "an expectation failed in the child:\n" << ended.out;
+  streams_->tell_failures();
   return ended;
 }
 

@@ -32,7 +32,7 @@ class Gate {
 };
 
 // A child that runs beside the test. Its action ends it by returning; a value is its exit status.
-// An expectation that fails in the child fails the test when the child is waited for.
+// An expectation that fails in the child fails the test when the child is waited for, or ended.
 class Child {
  public:
   explicit Child(std::function<int()> action);

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 
 #include "support/device_test.h"
 
@@ -57,6 +58,17 @@ TEST_F(ChildTest, an_expectation_that_fails_in_the_child_fails_the_test) {
     exit(0);
   });
   EXPECT_NONFATAL_FAILURE(leaving.wait(), "in the second");
+}
+
+TEST_F(ChildTest, an_expectation_that_failed_before_the_child_is_ended_fails_the_test) {
+  Gate failed;
+  auto waiting = std::make_unique<Child>([&]() -> int {
+    EXPECT_EQ(1, 2) << "in the last";
+    failed.open();
+    return pause();
+  });
+  EXPECT_TRUE(failed.wait());
+  EXPECT_NONFATAL_FAILURE(waiting.reset(), "in the last");
 }
 
 TEST_F(ChildTest, a_gate_tells_when_the_child_is_there) {
