@@ -1,6 +1,7 @@
 // Identifier records: made from a text, from texts to join, from a format; and released.
 #include <cerrno>
 #include <cstdarg>
+#include <cstdint>
 #include <cstring>
 
 #include "base/fail.h"
@@ -27,9 +28,15 @@ uii_t* create_from(OwnedText text) {
   return UiiAnalysis(uii.get()) ? uii.release() : nullptr;
 }
 
+// A length that has no number is the largest, for which there is no memory.
 size_t joined_length(int count, const char* const* text) {
+  constexpr size_t kLongest = SIZE_MAX - 1;
   size_t length = 0;
-  for (int i = 0; i < count && text[i]; ++i) length += strlen(text[i]);
+  for (int i = 0; i < count && text[i]; ++i) {
+    const size_t more = strlen(text[i]);
+    if (more > kLongest - length) return kLongest;
+    length += more;
+  }
   return length;
 }
 

@@ -1,6 +1,8 @@
 // Where identifier records come from, and how they go.
 #include <cerrno>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "fairlead/log.h"
 #include "fairlead/state.h"
@@ -140,5 +142,23 @@ TEST_F(UiiCreateTest, without_memory_and_log_it_fails_with_enomem) {
   });
   EXPECT_EQ(0, ended.status) << ended.err;
 }
+
+// The same text again and again: together they are longer by 11 than size_t can tell, where it has
+// 32 bits.
+#if SIZE_MAX == UINT32_MAX
+TEST_F(UiiCreateTest, build_of_more_than_there_is_memory_for_fails_with_enomem) {
+  const std::string part(1 << 20, 'a');
+  std::vector<const char*> texts(1 << 12, part.c_str());
+  texts.push_back("net/wan:mtu");
+  const auto ended = fairlead_test::run_child([&texts] {
+    const uint32_t silence = 0;
+    ASSERT_EQ(1, GvalueSet(nullptr, "log_level", &silence, sizeof silence));
+    errno = 0;
+    EXPECT_EQ(nullptr, UiiBuild(static_cast<int>(texts.size()), texts.data()));
+    EXPECT_EQ(ENOMEM, errno);
+  });
+  EXPECT_EQ(0, ended.status) << ended.signal << ended.err;
+}
+#endif
 
 }  // namespace
