@@ -6,12 +6,16 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
 #include <utility>
 
 #include "base/deadline.h"
 #include "base/descriptor.h"
 #include "base/errno_keeper.h"
 #include "base/fail.h"
+#include "base/owned.h"
 #include "base/same_file.h"
 #include "base/sync_folder.h"
 #include "fairlead/misc/process.h"
@@ -40,6 +44,16 @@ bool write_all(int fd, std::string_view content) {
     left -= static_cast<size_t>(written);
   }
   return true;
+}
+
+// Some file systems let a signal interrupt these calls, which must not end a save.
+template <class Call>
+bool completed(Call call) {
+  int result;
+  do {
+    result = call();
+  } while (result != 0 && errno == EINTR);
+  return result == 0;
 }
 
 // Removes a temporary that no living save holds, waiting at most `seconds` for one that does.
@@ -80,7 +94,7 @@ class Temporary {
   }
 
   bool fill(std::string_view content) {
-    return write_all(file_.get(), content) && fsync(file_.get()) == 0;
+    return write_all(file_.get(), content) && completed([this] { return fsync(file_.get()); });
   }
 
   // False when the temporary cannot be made to look like the target.
@@ -143,14 +157,32 @@ class Save {
   // Why a rename refuses a target that is a mount of its own.
   static bool mounted() { return errno == EBUSY || errno == EXDEV; }
 
-  // The room is reserved first, so that a full disk shows before anything is lost.
+  // The room is reserved first, so that a full disk shows before anything is lost. Written over by
+  // one call, with blanks in the place of an old end: a process that dies before that is cut off
+  // leaves what a reader takes for the new document.
   bool write_over(off_t old_size) {
     const auto size = static_cast<off_t>(content_.size());
-    if (size > old_size && fallocate(target_.get(), FALLOC_FL_KEEP_SIZE, 0, size) != 0 &&
-        errno != EOPNOTSUPP)
-      return false;
-    return write_all(target_.get(), content_) && ftruncate(target_.get(), size) == 0 &&
-           fsync(target_.get()) == 0;
+    if (size >= old_size)
+      return reserve(old_size, size) && write_all(target_.get(), content_) && put_on_disk(size);
+
+    if (old_size >= SSIZE_MAX) return fail<bool>(ENOMEM);
+    const auto length = static_cast<size_t>(old_size);
+    const OwnedText padded(static_cast<char*>(malloc(length)));
+    if (!padded) return false;
+    memcpy(padded.get(), content_.data(), content_.size());
+    memset(padded.get() + content_.size(), ' ', length - content_.size());
+    return write_all(target_.get(), {padded.get(), length}) && put_on_disk(size);
+  }
+
+  bool reserve(off_t old_size, off_t size) {
+    return size == old_size ||
+           completed([&] { return fallocate(target_.get(), FALLOC_FL_KEEP_SIZE, 0, size); }) ||
+           errno == EOPNOTSUPP;
+  }
+
+  bool put_on_disk(off_t size) {
+    return completed([&] { return ftruncate(target_.get(), size); }) &&
+           completed([&] { return fsync(target_.get()); });
   }
 
   const SavePaths& paths_;

@@ -9,7 +9,8 @@ namespace fairlead {
 // lock, and returns when the new content is on disk. An existing file keeps its mode, its owner and
 // its place; symbolic links are followed. The new content is written beside it, to
 // ".<name>.saving", and renamed; where that is not possible (a bind mount, a folder without write
-// permission) it is written over in place, the one case that a power cut can tear. False with
+// permission) it is written over in place, the one case that a power cut can tear, or a kill in the
+// midst of more than a page; an old end is blanks for a moment. False with
 // errno: EBUSY locked by another process for a second | EINVAL no regular file | that of the
 // failing step.
 bool replace_file(const char* path, std::string_view content);

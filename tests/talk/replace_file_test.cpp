@@ -17,9 +17,11 @@
 #include "support/faults.h"
 #include "support/killed_at.h"
 #include "support/namespaces.h"
+#include "talk/owned_talk.h"
 
 namespace {
 
+using fairlead::OwnedTalk;
 using fairlead_test::Call;
 using fairlead_test::Child;
 using fairlead_test::EachCall;
@@ -389,6 +391,62 @@ TEST_F(ReplaceFileTest, killed_at_any_system_call_a_new_file_is_whole_or_missing
     EXPECT_EQ("lan.cfg ", names("/etc/config")) << "stop " << stop;
     if (!killed) break;
   }
+}
+
+// The kernel ends a write of a page or less only when it is done.
+TEST_F(ReplaceFileTest, killed_at_any_system_call_in_place_it_leaves_the_old_document_or_the_new) {
+  const OwnedTalk old(StringVessel(kOld));
+  for (int stop = 1;; ++stop) {
+    put_file(kFile, kOld);
+    const bool killed = fairlead_test::killed_at(stop, [&] {
+      fairlead_test::Fault fault(Call::kOpen, {.nth = 2, .error = EACCES});  // the temporary
+      save();
+    });
+    const OwnedTalk left(FileVessel(kFile));
+    EXPECT_TRUE(left && (TalkEqual(left.get(), old.get()) || TalkEqual(left.get(), new_)))
+        << "stop " << stop << ": " << file_content(kFile);
+    if (!killed) break;
+  }
+  EXPECT_EQ(kNew, file_content(kFile));
+}
+
+TEST_F(ReplaceFileTest, in_place_without_the_cut_of_the_old_end_it_leaves_the_new_document) {
+  fairlead_test::Fault rename_fails(Call::kRename, {.error = EBUSY});
+  fairlead_test::Fault cut_fails(Call::kTruncate, {.error = EIO});
+  errno = 0;
+  EXPECT_EQ(0, save());
+  EXPECT_EQ(EIO, errno);
+  const OwnedTalk left(FileVessel(kFile));
+  EXPECT_TRUE(TalkEqual(left.get(), new_)) << file_content(kFile);
+}
+
+TEST_F(ReplaceFileTest, in_place_without_memory_for_the_old_end_it_leaves_the_old_document) {
+  fairlead_test::Fault rename_fails(Call::kRename,
+                                    {.error = EBUSY, .times = fairlead_test::kForever});
+  int failures = 0;
+  for (EachCall each(Call::kMalloc, {.error = ENOMEM}); each.next(); failures += each.fired()) {
+    put_file(kFile, kOld);
+    errno = 0;
+    const int result = each.run([this] { return save(); });
+    EXPECT_EQ(each.fired() ? 0 : 1, result) << each.nth();
+    EXPECT_EQ(each.fired() ? kOld : kNew, file_content(kFile));
+    EXPECT_EQ(each.fired() ? ENOMEM : 0, errno);
+  }
+  EXPECT_EQ(2, failures);
+}
+
+TEST_F(ReplaceFileTest, an_interrupted_sync_or_cut_is_repeated) {
+  {
+    fairlead_test::Fault fault(Call::kFsync, {.error = EINTR, .times = 3});
+    EXPECT_EQ(1, save());
+    EXPECT_TRUE(fault.fired());
+  }
+  put_file(kFile, kOld);
+  fairlead_test::Fault rename_fails(Call::kRename, {.error = EBUSY});
+  fairlead_test::Fault fault(Call::kTruncate, {.error = EINTR, .times = 3});
+  EXPECT_EQ(1, save());
+  EXPECT_TRUE(fault.fired());
+  EXPECT_EQ(kNew, file_content(kFile));
 }
 
 TEST_F(ReplaceFileTest, a_path_may_be_relative_or_stand_in_the_root_folder) {
