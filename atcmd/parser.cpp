@@ -56,7 +56,8 @@ class Reply {
   // Up to a line feed, this is the last acknowledgement; what follows moves to the front.
   int complete(const Match& match, Result result) {
     *match.line_feed = '\0';
-    BoundedText(atcmd_.last_acknowledgement, sizeof atcmd_.last_acknowledgement).add(start_);
+    BoundedText last(atcmd_.last_acknowledgement, sizeof atcmd_.last_acknowledgement);
+    for (const char* at = start_; at < match.line_feed; at += strlen(at) + 1) last.add(at);
     keep_only(match.line_feed + 1);
     return result;
   }

@@ -46,10 +46,10 @@ typedef int (*atcmd_notify_t)(atcmd_t* atcmd, const char* command);
  *     empty `expect` is never found;
  *   - otherwise it is negative when it holds "ERROR" and that line ends.
  * The last acknowledgement is then the reply up to that line, without its LF but with the CR before
- * it. Deliberate, and relied upon by existing programs: an information line that contains the
- * letters OK completes the exchange early; a command that contains "ATD" is complete, with the last
- * acknowledgement "OK", at the first piece of text in which the echo is there and neither of the
- * two is.
+ * it, and without the NULs that a bad line brings. Deliberate, and relied upon by existing
+ * programs: an information line that contains the letters OK completes the exchange early; a
+ * command that contains "ATD" is complete, with the last acknowledgement "OK", at the first piece
+ * of text in which the echo is there and neither of the two is.
  * Without a command, expect null or empty: anything received is positive, and lost; but a line
  * with "ERROR" in it is negative, and kept. Else the exchange lasts until the line with `expect` in
  * it has ended. */

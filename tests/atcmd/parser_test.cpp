@@ -148,6 +148,11 @@ TEST_F(ParserTest, a_full_buffer_is_parsed_within_its_bounds) {
 TEST_F(ParserTest, a_zero_byte_from_the_line_hides_nothing) {
   EXPECT_EQ(kPositive, parse(string("\0\0AT\r\r\nOK\r\n", 12), "AT"));
   EXPECT_EQ("OK\r", last());
+  EXPECT_EQ(kPositive, parse(string("AT\r\r\n\0+CSQ\0: 9\r\nOK\r\0\n", 21), "AT"));
+  EXPECT_EQ("+CSQ: 9\r\nOK\r", last());
+  EXPECT_EQ(kNegative, parse(string("AT\r\0\0ERROR\r\nX", 13), "AT"));
+  EXPECT_EQ("ERROR\r", last());
+  EXPECT_EQ("X", rest());
 }
 
 TEST_F(ParserTest, default_notify_empties_the_buffer_for_null_only) {

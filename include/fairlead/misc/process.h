@@ -2,8 +2,8 @@
  *
  * Threads: for single-threaded programs. Handlers, signal mask and the process' one alarm
  * (ITIMER_REAL) change while a command runs and while a lock is waited for; all are put back before
- * the call returns, handlers with their flags. A caller's own alarm stands still while the library
- * needs the alarm, and is then armed with what remains; one that ran out meanwhile fires at once.
+ * the call returns, handlers with their flags. A caller's own alarm does not fire while the library
+ * needs the alarm; it is then armed with what remains, and fires at once if it ran out meanwhile.
  * Locks may be waited for in any thread: only the first one of a process uses the alarm for it,
  * others ask for the lock every few milliseconds.
  * Fork: record locks belong to the process that took them; a child has none of its parent's.
