@@ -1,7 +1,8 @@
 // Hardware addresses as text and as numbers.
 #include <cerrno>
-#include <cstdio>
+#include <cstring>
 
+#include "base/ascii.h"
 #include "base/bounded_text.h"
 #include "base/fail.h"
 #include "fairlead/misc/network.h"
@@ -16,6 +17,20 @@ constexpr uint32_t kUpperHalf = 0xffff0000;
 
 uint32_t octet(uint32_t word, int place) { return word >> (8 * place) & 0xff; }
 
+// As "%x" of scanf reads a number, but for one that is too long: that counts modulo 2^32 on
+// machines of every width.
+bool read_number(const char*& text, uint32_t& number) {
+  text += strspn(text, " \t\n\v\f\r");
+  const bool negative = *text == '-';
+  if (negative || *text == '+') ++text;
+  if (!fairlead::is_hex_digit(*text)) return false;
+  if (text[0] == '0' && fairlead::to_lower(text[1]) == 'x') text += 2;
+  for (number = 0; fairlead::is_hex_digit(*text); ++text)
+    number = number * 16 + static_cast<uint32_t>(fairlead::hex_value(*text));
+  if (negative) number = 0 - number;
+  return true;
+}
+
 bool between(uint32_t lower, uint32_t value, uint32_t upper) {
   return lower <= value && value <= upper;
 }
@@ -24,11 +39,12 @@ bool between(uint32_t lower, uint32_t value, uint32_t upper) {
 
 extern "C" int string2mac(const char* text, mac_t* mac) {
   if (!text || !mac) return fail<int>(EINVAL);
-  unsigned field[6];
-  if (sscanf(text, "%x:%x:%x:%x:%x:%x", &field[0], &field[1], &field[2], &field[3], &field[4],
-             &field[5]) != 6)
-    return 0;
-  for (unsigned& value : field) value &= 0xff;
+  uint32_t field[6];
+  for (uint32_t& value : field) {
+    if (&value != field && *text++ != ':') return 0;
+    if (!read_number(text, value)) return 0;
+    value &= 0xff;
+  }
   mac->high = (mac->high & kUpperHalf) | field[0] << 8 | field[1];
   mac->low = field[2] << 24 | field[3] << 16 | field[4] << 8 | field[5];
   return 1;

@@ -34,6 +34,25 @@ TEST_F(MacTest, string2mac_keeps_the_low_8_bits_of_each_number) {
   EXPECT_EQ("00:FF:78:2A:07:09", text_of(mac));
 }
 
+// Where a long has 32 bits, scanf would end a number of nine digits at the largest there is.
+TEST_F(MacTest, string2mac_reads_numbers_of_any_length) {
+  mac_t mac = {0, 0};
+  const std::string zeros(1000, '0');
+  const std::string text =
+      "123456701:12345678123456702:" + zeros + "3:f" + zeros + "4:0x123456705:\t-00ffffffffa";
+  EXPECT_EQ(1, string2mac(text.c_str(), &mac));
+  EXPECT_EQ("01:02:03:04:05:06", text_of(mac));
+}
+
+TEST_F(MacTest, string2mac_reads_signs_and_blanks_in_front_of_a_number_only) {
+  mac_t mac = {0, 0};
+  EXPECT_EQ(1, string2mac(" \t\n\v\f\r+1:-1:0X2:-0x3: 0:0", &mac));
+  EXPECT_EQ("01:FF:02:FD:00:00", text_of(mac));
+  for (const char* text :
+       {"1 :2:3:4:5:6", "+ 1:2:3:4:5:6", "+-1:2:3:4:5:6", "1:2:3:4:5:-", "1:2::4:5:6"})
+    EXPECT_EQ(0, string2mac(text, &mac)) << text;
+}
+
 TEST_F(MacTest, string2mac_does_not_look_behind_the_sixth_number) {
   mac_t mac = {0, 0};
   EXPECT_EQ(1, string2mac("1:2:3:4:5:6:7", &mac));
