@@ -6,6 +6,7 @@
 
 #include <sstream>
 
+#include "fairlead/misc/process.h"
 #include "support/namespaces.h"
 #include "tools/fairlead_program.h"
 
@@ -115,6 +116,16 @@ TEST_F(ControlTest, reads_settings) {
          "{\"mtu\":\"1500\",\"dns\":{\"first\":\"::1\"}}\n");
   expect({"config", "get", "net/wan", "dns/third"}, 3, "", "nothing at net/wan:dns/third");
   expect({"config", "get", "net/lan"}, 3, "", "nothing at net/lan");
+}
+
+TEST_F(ControlTest, tells_what_cannot_be_read_from_what_is_not_there) {
+  const int lock = lock_open("/etc/config/net/wan.cfg", O_RDWR, 0, 1);
+  ASSERT_LE(0, lock);
+  expect({"config", "get", "net/wan", "mtu"}, 1, "",
+         "net/wan:mtu cannot be read: Device or resource busy");
+  expect({"config", "delete", "net/wan", "mtu"}, 1, "",
+         "net/wan:mtu cannot be deleted: Device or resource busy");
+  lock_close(lock);
 }
 
 TEST_F(ControlTest, changes_settings) {

@@ -104,6 +104,20 @@ TEST_F(HeTest, names_the_error_of_a_refused_write) {
   lock_close(lock);
 }
 
+// A script that takes a setting for missing would go on with another one.
+TEST_F(HeTest, tells_what_cannot_be_read_from_what_is_not_there) {
+  const int lock = lock_open("/etc/config/net/wan.cfg", 2, 0, 1);
+  ASSERT_LE(0, lock);
+  for (const char* way : {"-p", "-s"}) {
+    expect(he({way, "net/wan:mtu"}), 1, "", "he: net/wan:mtu: Device or resource busy\n");
+    expect(he({way, "net/wan"}), 1, "", "he: net/wan: Device or resource busy\n");
+    expect(he({way, "net/lan"}), 3, "", "he: nothing at net/lan\n");
+  }
+  expect(he({"-q", "net/wan"}), 1, "", "");
+  lock_close(lock);
+  expect(he({"-s", "net/wan:none"}), 3, "", "he: nothing at net/wan:none\n");
+}
+
 TEST_F(HeTest, lists_configurations_adapters_and_registrations) {
   install_answers();
   expect(he({":"}), 0, "{\"net\":{\"wan\":\"/etc/config/net/wan.cfg\"}}\n", "");

@@ -8,6 +8,7 @@
 #include "tools/fairlead/apart.h"
 #include "tools/fairlead/output.h"
 #include "tools/fairlead/report.h"
+#include "tools/telling.h"
 
 namespace control {
 
@@ -66,8 +67,7 @@ Exit adapter_bind(const Call& call) {
 Exit adapter_unbind(const Call& call) {
   errno = 0;
   if (DynAdpDelete(call.argument(0)) == 1) return done(call);
-  if (errno == EBUSY || errno == ENOSPC || errno == EACCES)
-    return fail_because(errno, "'%s' cannot be unbound", call.argument(0));
+  if (tools::telling(errno)) return fail_because(errno, "'%s' cannot be unbound", call.argument(0));
   return nothing("nothing is registered at '%s'", call.argument(0));
 }
 

@@ -9,6 +9,7 @@
 #include "tools/fairlead/output.h"
 #include "tools/fairlead/report.h"
 #include "tools/storable.h"
+#include "tools/telling.h"
 
 namespace control {
 
@@ -59,7 +60,7 @@ Exit config_get(const Call& call) {
   const char* path = path_or_whole(call.argument(1));
   const fairlead::OwnedTalk value(ConfigGet(call.argument(0), nullptr, path));
   if (value) return show(call, value.get());
-  if (errno == EBUSY || errno == EACCES || errno == EIO) return refused(call, "read");
+  if (tools::telling(errno)) return refused(call, "read");
   return nothing("nothing at %s%s%s", call.argument(0), path ? ":" : "", path ? path : "");
 }
 
@@ -87,7 +88,7 @@ Exit config_delete(const Call& call) {
   errno = 0;
   const char* path = path_or_whole(call.argument(1));
   const fairlead::OwnedTalk present(ConfigGet(call.argument(0), nullptr, path));
-  if (!present && errno != EBUSY && errno != EACCES)
+  if (!present && !tools::telling(errno))
     return nothing("nothing at %s%s%s", call.argument(0), path ? ":" : "", path ? path : "");
   errno = 0;
   if (ConfigSet(call.argument(0), nullptr, path, nullptr) == 1) return done(call);

@@ -12,6 +12,7 @@
 #include "talk/owned_talk.h"
 #include "tools/fairlead/output.h"
 #include "tools/fairlead/report.h"
+#include "tools/telling.h"
 #include "uii/owned_uii.h"
 
 namespace control {
@@ -59,6 +60,7 @@ Exit service_list(const Call& call) {
 
 Exit service_info(const Call& call) {
   const fairlead::OwnedTalk info(ServiceInfo("%s", call.argument(0)));
+  if (!info && tools::telling(errno)) return fail_because(errno, "service '%s'", call.argument(0));
   if (!info) return nothing("there is no service '%s', or it is off", call.argument(0));
   return show(call, info.get());
 }

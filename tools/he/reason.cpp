@@ -3,27 +3,19 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
 #include "fairlead/adp/handle.h"
 #include "fairlead/adp/project.h"
+#include "fairlead/config.h"
 #include "fairlead/talk/node.h"
+#include "tools/telling.h"
 
 namespace he {
 namespace {
 
 using fairlead::OwnedTalk;
-
-// Only these say something about a refused write: others may be left from a lookup on the way.
-constexpr int kTellingErrors[] = {EACCES, EPERM, EROFS,  ENOSPC, EDQUOT, EBUSY,
-                                  EIO,    EFBIG, EMFILE, ENFILE, ENOMEM};
-
-bool telling(int error) {
-  return std::find(std::begin(kTellingErrors), std::end(kTellingErrors), error) !=
-         std::end(kTellingErrors);
-}
 
 using AdapterFile = char[fairlead::kPathSize];
 
@@ -34,6 +26,16 @@ int find_adapter(const Asked& asked, AdapterFile& file) {
 int adapter_type(const Asked& asked) {
   AdapterFile file;
   return find_adapter(asked, file);
+}
+
+bool reads(const Asked& asked) { return asked.kind == UII_OBJECT || asked.kind == UII_READ; }
+
+// What kept the store from looking. A child keeps its errno to itself, so the store is asked here.
+int store_error(const Asked& asked, int error) {
+  if (!asked.isolated) return error;
+  errno = 0;
+  const OwnedTalk present(ConfigGet(asked.object, nullptr, nullptr));
+  return present ? 0 : errno;
 }
 
 void tell_call_without_result(const Asked& asked) {
@@ -60,7 +62,7 @@ void tell_empty_listing(const Asked& asked) {
 void tell_refused_write(const Asked& asked, int error) {
   const char* what = asked.value ? "the set was refused" : "the deletion was refused";
   if (const char* why = mishap(asked, error)) return complain("%s: %s: %s", asked.text, what, why);
-  if (telling(error)) return complain("%s: %s: %s", asked.text, what, strerror(error));
+  if (tools::telling(error)) return complain("%s: %s: %s", asked.text, what, strerror(error));
   if (asked.value && asked.whole_object && RenderCheck(asked.value) &&
       adapter_type(asked) == ADP_PURE)
     return complain("%s: %s: the value of a whole object is a JSON object", asked.text, what);
@@ -69,10 +71,15 @@ void tell_refused_write(const Asked& asked, int error) {
 
 }  // namespace
 
-// Only a child's end can be seen, and only its errno is to be trusted.
+// Only a child's end can be seen, and only its errno is to be trusted, or the store's.
 const char* mishap(const Asked& asked, int error) {
   AdapterFile file;
-  const bool script = find_adapter(asked, file) == ADP_SHELL;
+  const int type = find_adapter(asked, file);
+  if (type == ADP_PURE && reads(asked)) {
+    const int why = store_error(asked, error);
+    return tools::telling(why) ? strerror(why) : nullptr;
+  }
+  const bool script = type == ADP_SHELL;
   if (error == ECHILD && (script || asked.isolated)) return "the adapter crashed";
   if (script && access(file, X_OK) != 0) return "the script cannot be executed";
   return nullptr;
