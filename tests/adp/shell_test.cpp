@@ -9,9 +9,11 @@
 #include <cstdlib>
 
 #include "adp/channel_fixture.h"
+#include "fairlead/adp/request.h"
 #include "support/child.h"
 #include "support/faults.h"
 #include "support/syslog.h"
+#include "uii/owned_uii.h"
 
 namespace {
 
@@ -164,6 +166,20 @@ TEST_P(ShellTest, an_empty_parameter_is_an_empty_variable) {
 TEST_P(ShellTest, a_call_without_a_list_says_minus_one) {
   telling_script("paramter_count paramter0");
   EXPECT_EQ("-1;-;", spelled(ShellIfCall(&adp_, "blink", nullptr)));
+}
+
+TEST_P(ShellTest, a_call_with_a_list_of_no_parameters_says_0) {
+  telling_script("paramter_count paramter0");
+  param_t none = {};
+  EXPECT_EQ("0;-;", spelled(ShellIfCall(&adp_, "blink", &none)));
+}
+
+TEST_P(ShellTest, an_identifier_without_parameters_hands_over_a_list_of_none) {
+  telling_script("paramter_count paramter0");
+  const fairlead::OwnedUii identifier(UiiCreate("board/led.blink"));
+  talk_t* answer = nullptr;
+  EXPECT_EQ(0, He(identifier.get(), &answer));
+  EXPECT_EQ("0;-;", spelled(answer));
 }
 
 TEST_P(ShellTest, a_call_without_an_interface_name_runs_nothing) {

@@ -52,9 +52,10 @@ talk_t* ShellAbGet(adp_t* adp, slash_t* path);
 talk_t* ShellIfList(const char* script);
 
 /* Calls an interface of the script. Of N parameters, paramter1 to paramter<N-1> hold the first N -
- * 1; paramter0 is always there and empty, and the last parameter is not handed over (kept for
- * scripts that rely on it). An empty parameter is an empty variable. Returns what the script
- * answered; null at once for a null interface name. */
+ * 1; paramter0 is there and empty, and the last parameter is not handed over (kept for scripts that
+ * rely on it). An empty parameter is an empty variable. Of a list without parameters, which is what
+ * an identifier such as object.name makes, paramter_count says 0 and no other variable is set.
+ * Returns what the script answered; null at once for a null interface name. */
 talk_t* ShellIfCall(adp_t* adp, const char* name, param_t* parameters);
 
 FAIRLEAD_API_END
