@@ -72,7 +72,8 @@ class Resolver {
   ~Resolver() {
     if (child_ <= 0) return;
     ErrnoKeeper keep;
-    kill(child_, SIGKILL);
+    // Where the caller ignores SIGCHLD, the number of a child that has ended is free for others.
+    if (!ended_) kill(child_, SIGKILL);
     while (waitpid(child_, nullptr, 0) < 0 && errno == EINTR) continue;
   }
   Resolver(const Resolver&) = delete;
@@ -81,13 +82,14 @@ class Resolver {
   bool started() const { return child_ > 0; }
 
   // False when SIGALRM, which gets through during the wait alone, came first.
-  bool wait_for(Answer& answer, const sigset_t& mask) const {
+  bool wait_for(Answer& answer, const sigset_t& mask) {
     pollfd wanted = {pipe_.get(), POLLIN, 0};
     int ready;
     do {
       ready = ppoll(&wanted, 1, nullptr, &mask);
     } while (ready < 0 && errno == EINTR && !interrupted);
-    return ready > 0 && read(pipe_.get(), &answer, sizeof answer) == sizeof answer;
+    ended_ = ready > 0;  // it writes last of all, and its end closes the pipe
+    return ended_ && read(pipe_.get(), &answer, sizeof answer) == sizeof answer;
   }
 
  private:
@@ -100,6 +102,7 @@ class Resolver {
 
   Descriptor pipe_;
   pid_t child_ = -1;
+  bool ended_ = false;
 };
 
 // The mask of the wait: the caller's, but SIGALRM comes through, and SIGCHLD not, so that no
@@ -131,7 +134,7 @@ bool resolve(const char* name, int seconds, Answer& answer) {
   const HandlerScope handler(SIGALRM, note_alarm);
   interrupted = 0;
   if (seconds > 0) swallow_alarm(mask);
-  const Resolver resolver(name);
+  Resolver resolver(name);
   if (!resolver.started()) return false;
 
   ErrnoKeeper keep;

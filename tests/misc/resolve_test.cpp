@@ -213,7 +213,11 @@ TEST_F(ResolveTest, a_handler_that_reaps_does_not_get_the_resolver) {
 TEST_F(ResolveTest, works_where_children_are_not_waited_for) {
   const misc_test::PlainHandler handler(SIGCHLD, SIG_IGN);
   stand_in = [](const char*) { return answer_with(AF_INET, 4, "\x0a\x00\x00\x01"); };
+  Fault kills(Call::kKill, {.nth = 0});
   EXPECT_STREQ("10.0.0.1", dns2ipstring("name", buffer_, sizeof buffer_, 5));
+  stand_in = [](const char*) -> hostent* { _exit(1); };
+  EXPECT_EQ(nullptr, dns2ipstring("name", buffer_, sizeof buffer_, 5));
+  EXPECT_EQ(0, kills.calls()) << "the resolver's number may be another one's by now";
 }
 
 TEST_F(ResolveTest, no_handler_of_the_caller_runs_in_the_resolver) {
