@@ -2,6 +2,7 @@
 // everything put back.
 #include "adp/child_call.h"
 
+#include <stdio_ext.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <syslog.h>
@@ -9,6 +10,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <ctime>
 #include <utility>
 
@@ -85,8 +87,14 @@ void put_back(const ChildCall& call, const ChildSignals& signals) {
     LogWrite(kWarning, call.source, __LINE__, "sigprocmask( reset SIGCHLD ) failed");
 }
 
+// The caller writes it; a message on the console would write it here as well.
+void drop_buffered_output() {
+  if (__fpending(stdout) > 0) __fpurge(stdout);
+}
+
 [[noreturn]] void serve(const ChildCall& call, const ChildSignals& signals, Descriptor& parent_end,
                         int answer_fd, ChildBody body, const void* request) {
+  drop_buffered_output();
   closelog();
   openlog(call.name, 0, LOG_DAEMON);
   put_back(call, signals);

@@ -285,6 +285,17 @@ TEST_F(IsolatedTest, the_child_runs_no_exit_handlers_of_the_callers) {
   EXPECT_EQ("<missing>", fairlead_test::file_content("/tmp/handled"));
 }
 
+// A message on the console writes out what standard output holds.
+TEST_F(IsolatedTest, the_child_writes_nothing_that_the_caller_has_still_to_write) {
+  const auto ended = run_child([] {
+    printf("once ");
+    EXPECT_EQ("survived", call("misbehave", "log"));
+    printf("again");
+    fflush(stdout);
+  });
+  EXPECT_EQ("info: told\nonce again", ended.out);
+}
+
 TEST_F(IsolatedTest, a_failed_fork_leaves_a_pending_sigchld_pending) {
   const auto ended = run_child([] {
     sigset_t blocked, pending;

@@ -107,6 +107,7 @@ static talk_t* misbehave(const char* object, param_t* parameters) {
   if (strcmp(how, "abort") == 0) abort();
   if (strcmp(how, "exit") == 0) _exit(3);
   if (strcmp(how, "leave") == 0) exit(3);
+  if (strcmp(how, "log") == 0) LogWrite(LOG_MODE_CONSOLE | 6, "probe", __LINE__, "told");
   if (strcmp(how, "close") == 0)
     for (int fd = 3; fd < 256; ++fd) close(fd);
   if (strcmp(how, "wrong") == 0) answer_by_hand("{\"half\":");
