@@ -59,6 +59,17 @@ bool is_loadable(const char* file) {
   return S_ISREG(status.st_mode) || fail<bool>(EINVAL);
 }
 
+// The loader leaves errno alone where no system call failed, as with a module for another machine:
+// the log would then tell of whatever failed last.
+void* load(const char* file) {
+  if (!is_loadable(file)) return nullptr;
+  const int before = errno;
+  errno = ENOEXEC;
+  void* library = dlopen(file, RTLD_NOW | RTLD_LOCAL);
+  if (library) errno = before;
+  return library;
+}
+
 adp_module_t* load_module(const char* file) {
   Owned<adp_module_t> module = zeroed<adp_module_t>();
   if (!module) return out_of_memory<adp_module_t*>(kAdpSource);
@@ -68,7 +79,7 @@ adp_module_t* load_module(const char* file) {
              "cannot parse the project identify and padp identify by path(%s)", file);
     return nullptr;
   }
-  module->library = is_loadable(file) ? dlopen(file, RTLD_NOW | RTLD_LOCAL) : nullptr;
+  module->library = load(file);
   if (!module->library) {
     LogWrite(kErrorWithErrno, kAdpSource, __LINE__, "cannot load the file(%s)", file);
     return nullptr;

@@ -81,8 +81,14 @@ TEST_F(HandleTest, an_open_without_object_or_path_is_logged) {
 
 TEST_F(HandleTest, a_file_that_is_no_module_is_logged) {
   put_file("/prj/net/bad.adp", "text");
-  const std::string log = logged([] { EXPECT_EQ(nullptr, AdpFileOpen(nullptr, "net/bad")); });
-  EXPECT_EQ(0U, log.find("error: cannot load the file(/prj/net/bad.adp)(err:")) << log;
+  EXPECT_EQ("error: cannot load the file(/prj/net/bad.adp)(err:8/Exec format error)\n",
+            logged([] { EXPECT_EQ(nullptr, AdpFileOpen(nullptr, "net/bad")); }));
+}
+
+TEST_F(HandleTest, a_bound_module_that_is_gone_is_logged_as_such) {
+  put_file("/tmp/.var/dadp.cache", "{\"x\":\"/prj/net/gone.adp\"}");
+  EXPECT_EQ("error: cannot load the file(/prj/net/gone.adp)(err:2/No such file or directory)\n",
+            logged([] { EXPECT_EQ(nullptr, AdpFileOpen(nullptr, "x")); }));
 }
 
 TEST_F(HandleTest, a_module_path_without_two_levels_is_logged) {

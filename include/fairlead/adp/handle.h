@@ -97,7 +97,8 @@ typedef struct adp {
  *   "get the adp path failed"           a text without segment
  *   "cannot parse the project identify and padp identify by path(%s)"
  *                                       a bound module file not two folders deep
- *   "cannot load the file(%s)"          level word 11: with errno */
+ *   "cannot load the file(%s)"          level word 11: with errno, ENOEXEC where no system call
+ *                                       failed, as with a module for another machine */
 adp_t* AdpFileOpen(slash_t* object, const char* object_text);
 
 /* Closes a handle. Null: nothing. */
