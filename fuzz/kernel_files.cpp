@@ -206,11 +206,19 @@ void read_flash(const char* name, const std::string& content) {
   REQUIRE(character.get() == "/dev/mtd/" + number && block.get() == "/dev/mtdblock/" + number);
 }
 
-void read_uptime(const char* start, const std::string&) {
+// Of a file as the kernel writes it: seconds, a point, hundredths.
+std::optional<std::string> expected_uptime(const std::string& content) {
+  const size_t point = std::min(content.find_first_not_of("0123456789"), content.size());
+  if (point == 0 || point > 9 || content[point] != '.') return {};
+  return std::to_string(std::stoul(content.substr(0, point)));
+}
+
+void read_uptime(const char* start, const std::string& content) {
   char plain[32], days[32], since[32];
   const char* const now = uptime_getting(plain, sizeof plain);
   REQUIRE(!now == !livetime_getting(days, sizeof days));
   REQUIRE(!now == !livetime_count(start, since, sizeof since));
+  if (const auto expected = expected_uptime(content)) REQUIRE(now && now == *expected);
   if (!now) return;
   REQUIRE(uptime_count(now, since, sizeof since) && strcmp(since, "0") == 0);
   unsigned hours, minutes, seconds, whole;

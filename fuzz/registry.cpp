@@ -1,15 +1,18 @@
 // A registry of any bytes: what it binds can be asked for, and a binding made or removed on top of
 // it is made or removed.
+#include <algorithm>
 #include <cstring>
 
 #include "fairlead/adp.h"
 #include "fairlead/talk.h"
 #include "fuzzing.h"
+#include "tree_model.h"
 
 namespace {
 
 using fairlead::OwnedTalk;
 using fuzzing::text_of;
+using fuzzing::Tree;
 
 constexpr char kFile[] = "/tmp/.var/dadp.cache";
 constexpr char kAdapter[] = "/prj/project/adapter.adp";
@@ -27,6 +30,22 @@ std::string bound(const std::string& object) {
   const char* const file = DynAdpPath(&path, buffer, sizeof buffer);
   SlashClear(&path);
   return file ? file : "<none>";
+}
+
+// The registry's text without the first member at the path.
+std::string without(const OwnedTalk& all, const std::string& object) {
+  fuzzing::ExactText text(object);
+  slash_t path = {};
+  SlashAnalysis(&path, text.get());
+  Tree tree = fuzzing::tree_of(all.get());
+  Tree* folder = &tree;
+  for (int i = 1; i < SlashCount(&path); ++i) folder = folder->first(SlashGet(&path, i));
+  const Tree* const gone = folder->first(SlashGet(&path, -1));
+  SlashClear(&path);
+  auto& members = folder->members;
+  members.erase(std::find_if(members.begin(), members.end(),
+                             [gone](const fuzzing::Member& one) { return &one.value == gone; }));
+  return text_of(tree);
 }
 
 // Every string and object at the top of the registry, by its name.
@@ -71,5 +90,9 @@ void fuzzing::check(Input input) {
     REQUIRE(file_content(kFile) == before);
   }
   const std::string was = bound(other);
-  if (DynAdpDelete(other.c_str()) == 0) REQUIRE(bound(other) == was && was == "<none>");
+  const OwnedTalk full(DynAdpList(nullptr));
+  if (DynAdpDelete(other.c_str()) == 0)
+    REQUIRE(bound(other) == was && was == "<none>");
+  else
+    REQUIRE(full && file_content(kFile) == without(full, other));
 }

@@ -145,7 +145,7 @@ TEST_F(NamesTest, in_the_environment_of_the_caller_do_not_reach_a_script_as_its_
     setenv("IFS", "aeiou", 1);
     setenv("ENV", "/tmp/profile", 1);
     put_file("/tmp/profile", "touch /tmp/ran\n");
-    EXPECT_EQ(0, AdpSet(nullptr, "net/lamp", nullptr, nullptr, nullptr, nullptr) == 2);
+    EXPECT_EQ(1, AdpSet(nullptr, "net/lamp", nullptr, nullptr, nullptr, nullptr));
   });
   EXPECT_EQ(0, ended.status);
   const std::string seen = file_content("/tmp/seen");
