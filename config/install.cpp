@@ -70,7 +70,7 @@ extern "C" int ConfigUninstall(const char* project) {
   while (const char* name = directory.next()) {
     PathText file;
     file.add(folder.text()).add('/').add(name);
-    if (is_leftover(name)) unlink(file.text());
+    if (is_leftover(name)) remove_unless_held(file.text());
     if (*name == '\0' || *name == '.') continue;
     LogWrite(kNotice, "config", __LINE__, "uninstall a config %s by %s", file.text(), project);
     unlink(file.text());

@@ -203,6 +203,11 @@ void remove_leftover(const char* path) {
   if (paths.find(path)) remove_abandoned(paths.temporary(), 0);
 }
 
+void remove_unless_held(const char* temporary) {
+  const ErrnoKeeper keep;
+  if (!remove_abandoned(temporary, 0) && errno != EAGAIN) unlink(temporary);
+}
+
 bool is_leftover(std::string_view name) {
   return name.size() > kSavingSuffix.size() + 1 && name.front() == '.' &&
          name.ends_with(kSavingSuffix);

@@ -18,6 +18,10 @@ bool replace_file(const char* path, std::string_view content);
 // Removes what a killed save of the file has left beside it.
 void remove_leftover(const char* path);
 
+// Removes such a leftover by its own path, but not the file that a living save is about to rename:
+// the rename would find that of another one in its place, half written.
+void remove_unless_held(const char* temporary);
+
 // A name that such a leftover has.
 bool is_leftover(std::string_view name);
 

@@ -2,8 +2,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
+
 #include "config_support.h"
+#include "fairlead/misc.h"
 #include "support/capture.h"
+#include "support/child.h"
 #include "support/syslog.h"
 
 namespace {
@@ -88,6 +92,24 @@ TEST_F(ConfigInstallTest, uninstall_removes_files_and_folder) {
   const std::string out = printed([] { EXPECT_EQ(1, ConfigUninstall("net")); });
   EXPECT_FALSE(exists("/etc/config/net"));
   EXPECT_EQ("info: uninstall a config /etc/config/net/wan.cfg by net\n", out);
+}
+
+// It is about to be renamed: in its place would be that of another save, half written.
+TEST_F(ConfigInstallTest, uninstall_leaves_the_temporary_of_a_living_save) {
+  put_file("/etc/config/net/wan.cfg", "{}");
+  fairlead_test::Gate saving;
+  fairlead_test::Child save([&saving] {
+    EXPECT_GE(lock_open("/etc/config/net/.wan.cfg.saving", O_RDWR | O_CREAT, 0660, 0), 0);
+    saving.open();
+    pause();
+    return 0;
+  });
+  ASSERT_TRUE(saving.wait());
+  printed([] { EXPECT_EQ(0, ConfigUninstall("net")); });
+  EXPECT_TRUE(exists("/etc/config/net/.wan.cfg.saving"));
+  save.send(SIGKILL);
+  save.wait();
+  EXPECT_EQ(1, ConfigUninstall("net"));
 }
 
 TEST_F(ConfigInstallTest, a_hidden_file_keeps_the_folder) {
