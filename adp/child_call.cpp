@@ -2,6 +2,7 @@
 // everything put back.
 #include "adp/child_call.h"
 
+#include <cxxabi.h>
 #include <stdio_ext.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -87,14 +88,17 @@ void put_back(const ChildCall& call, const ChildSignals& signals) {
     LogWrite(kWarning, call.source, __LINE__, "sigprocmask( reset SIGCHLD ) failed");
 }
 
-// The caller writes it; a message on the console would write it here as well.
-void drop_buffered_output() {
-  if (__fpending(stdout) > 0) __fpurge(stdout);
+// An adapter that calls exit, or a lack of memory, must not run what the caller has registered for
+// its own end. What atexit(3) does; that itself needs start files, which this library does without.
+void run_no_exit_handlers() {
+  constexpr int kStatus = 127;
+  abi::__cxa_atexit([](void*) { _exit(kStatus); }, nullptr, nullptr);
 }
 
 [[noreturn]] void serve(const ChildCall& call, const ChildSignals& signals, Descriptor& parent_end,
                         int answer_fd, ChildBody body, const void* request) {
-  drop_buffered_output();
+  __fpurge(stdout);  // the caller writes it; a message on the console would do so here as well
+  run_no_exit_handlers();
   closelog();
   openlog(call.name, 0, LOG_DAEMON);
   put_back(call, signals);

@@ -1,7 +1,6 @@
 // The isolated calls: an adapter's set, get or interface call, made by a child.
 #include "fairlead/adp/isolated.h"
 
-#include <cxxabi.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -24,7 +23,7 @@ using namespace fairlead;
 constexpr char kNothing = 0x00;
 constexpr char kDone = 0x01;
 constexpr char kFailed = 0x02;
-constexpr int kFailedEnd = 127;
+constexpr int kWriteFailed = 127;
 
 bool write_all(int fd, const char* bytes, size_t size) {
   while (size > 0) {
@@ -39,20 +38,12 @@ bool write_all(int fd, const char* bytes, size_t size) {
 
 void answer_byte(int fd, char byte) { write_all(fd, &byte, 1); }
 
-// What the child does with the object.
+// What the child does with the object; the adapter is opened there, so that loading it can harm
+// nobody either.
 struct ObjectRequest {
   slash_t* object;
   const char* object_text;
   const char* name;  // in messages
-
-  // The adapter is opened in the child, so that loading it can harm nobody either. Should it end
-  // the child by exit, or a lack of memory do so, then what the caller has registered for its own
-  // end must not run, nor what its streams hold be written twice.
-  OpenAdapter open() const {
-    // What atexit(3) does; that itself needs start files, which this library does without.
-    abi::__cxa_atexit([](void*) { _exit(kFailedEnd); }, nullptr, nullptr);
-    return {object, object_text};
-  }
 
   // False: it is a code or nothing, and has been answered as such.
   bool is_document(int fd, talk_t* answer) const {
@@ -72,7 +63,7 @@ struct ObjectRequest {
       LogWrite(kWarning, kAdpSource, __LINE__, complaint, name);
       return answer_byte(fd, kNothing);
     }
-    if (!write_all(fd, text.get(), strlen(text.get()) + ending)) _exit(kFailedEnd);
+    if (!write_all(fd, text.get(), strlen(text.get()) + ending)) _exit(kWriteFailed);
   }
 };
 
@@ -83,7 +74,7 @@ struct SetRequest : ObjectRequest {
   const char* value_text;
 
   void serve(int fd) const {
-    OpenAdapter adp = open();
+    OpenAdapter adp(object, object_text);
     answer_byte(fd, AdpAbSet(adp.get(), path, path_text, value, value_text) == 1 ? kDone : kFailed);
   }
 };
@@ -93,7 +84,7 @@ struct GetRequest : ObjectRequest {
   const char* path_text;
 
   void serve(int fd) const {
-    OpenAdapter adp = open();
+    OpenAdapter adp(object, object_text);
     talk_t* answer = AdpAbGet(adp.get(), path, path_text);
     if (is_document(fd, answer))
       answer_document(fd, answer, "AdpSecureGet( %s ) return wrong format data", 0);
@@ -107,7 +98,7 @@ struct CallRequest : ObjectRequest {
   void serve(int fd) const {
     set_proc_title();
     set_proc_name(name);
-    OpenAdapter adp = open();
+    OpenAdapter adp(object, object_text);
     talk_t* answer = AdpIfCall(adp.get(), interface, parameters, nullptr);
     if (is_document(fd, answer)) answer_document(fd, answer, "%s return wrong format data", 1);
   }

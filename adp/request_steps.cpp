@@ -83,13 +83,16 @@ int32_t answer_set(const RequestRoad& road, const RequestTarget& target, talk_t*
 int32_t answer_merge(const RequestRoad& road, const RequestTarget& target, talk_t* value,
                      talk_t** out) {
   if (!is_vessel(value)) return answer_set(road, target, value, out);
-  OwnedTalk current;
+  OwnedTalk current, before;
   if (!read_to_merge(road, target, current)) return finish(false, out);
-  if (!is_vessel(current.get()))
-    return finish(write_change(road, target, current.get(), value), out);
-  const OwnedTalk before(TalkDup(current.get()));
-  if (!merge_whole(value, current.get())) return finish(false, out);
-  return finish(write_change(road, target, before.get(), current.get()), out);
+  const bool merges = is_vessel(current.get());
+  if (merges) {
+    before.reset(TalkDup(current.get()));
+    if (!merge_whole(value, current.get())) return finish(false, out);
+    value = current.get();
+  }
+  const talk_t* present = merges ? before.get() : current.get();
+  return finish(write_change(road, target, present, value), out);
 }
 
 int32_t status_of(const talk_t* answer) {

@@ -2,12 +2,12 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <charconv>
+#include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
-#include <optional>
-#include <string_view>
 
+#include "base/ascii.h"
 #include "base/bounded_text.h"
 #include "base/fail.h"
 #include "base/stream.h"
@@ -16,18 +16,16 @@
 namespace {
 
 constexpr size_t kLineSize = 1024;
-constexpr std::string_view kPrefix = "mtd";
+constexpr char kPrefix[] = "mtd";
+constexpr size_t kPrefixSize = sizeof kPrefix - 1;
 constexpr size_t kNodeSize = 32;  // what the callers' buffers hold at least
 
-// The number of a line that begins with "mtd", a number and a colon.
-std::optional<int> partition_number(std::string_view line) {
-  if (line.rfind(kPrefix, 0) != 0) return {};
-  line.remove_prefix(kPrefix.size());
-  int number = -1;
-  const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), number);
-  if (error != std::errc() || number < 0 || end == line.data() + line.size() || *end != ':')
-    return {};
-  return number;
+// The number of a line that begins with "mtd", a number and a colon; else -1.
+int partition_number(const char* line) {
+  if (strncmp(line, kPrefix, kPrefixSize) != 0 || !fairlead::is_digit(line[kPrefixSize])) return -1;
+  char* end;
+  const long long number = strtoll(line + kPrefixSize, &end, 10);
+  return number <= INT_MAX && *end == ':' ? static_cast<int>(number) : -1;
 }
 
 // Tries both places of a node; the path of the last one tried stays in `path`.
@@ -50,11 +48,11 @@ extern "C" int proc_mtddevice(const char* name, char* character_path, char* bloc
   bool found = false;
   char line[kLineSize];
   while (fgets(line, sizeof line, table.get())) {
-    const std::optional<int> number = partition_number(line);
-    if (!number || !strstr(line, name)) continue;
+    const int number = partition_number(line);
+    if (number < 0 || !strstr(line, name)) continue;
     found = true;
-    if (character_path) found = find_node("/dev/mtd", "/dev/mtd/", *number, character_path);
-    if (block_path && !find_node("/dev/mtdblock", "/dev/mtdblock/", *number, block_path))
+    if (character_path) found = find_node("/dev/mtd", "/dev/mtd/", number, character_path);
+    if (block_path && !find_node("/dev/mtdblock", "/dev/mtdblock/", number, block_path))
       found = false;
   }
   return found ? 1 : 0;
