@@ -46,14 +46,17 @@ bool write_all(int fd, std::string_view content) {
   return true;
 }
 
-// Some file systems let a signal interrupt these calls, which must not end a save.
-template <class Call>
-bool completed(Call call) {
+// Some file systems let a signal interrupt such calls, which must not end a save.
+bool completed(int (*call)(int fd, off_t size), int fd, off_t size) {
   int result;
   do {
-    result = call();
+    result = call(fd, size);
   } while (result != 0 && errno == EINTR);
   return result == 0;
+}
+
+bool synced(int fd) {
+  return completed([](int file, off_t) { return fsync(file); }, fd, 0);
 }
 
 // Removes a temporary that no living save holds, waiting at most `seconds` for one that does.
@@ -94,7 +97,7 @@ class Temporary {
   }
 
   bool fill(std::string_view content) {
-    return write_all(file_.get(), content) && completed([this] { return fsync(file_.get()); });
+    return write_all(file_.get(), content) && synced(file_.get());
   }
 
   // False when the temporary cannot be made to look like the target.
@@ -175,14 +178,14 @@ class Save {
   }
 
   bool reserve(off_t old_size, off_t size) {
-    return size == old_size ||
-           completed([&] { return fallocate(target_.get(), FALLOC_FL_KEEP_SIZE, 0, size); }) ||
-           errno == EOPNOTSUPP;
+    constexpr auto kCall = [](int fd, off_t length) {
+      return fallocate(fd, FALLOC_FL_KEEP_SIZE, 0, length);
+    };
+    return size == old_size || completed(kCall, target_.get(), size) || errno == EOPNOTSUPP;
   }
 
   bool put_on_disk(off_t size) {
-    return completed([&] { return ftruncate(target_.get(), size); }) &&
-           completed([&] { return fsync(target_.get()); });
+    return completed(ftruncate, target_.get(), size) && synced(target_.get());
   }
 
   const SavePaths& paths_;
