@@ -25,12 +25,14 @@ struct Verdict {
   std::string acknowledgement;
 };
 
-// The reply up to the end of the line that holds a piece of text; empty where there is none.
+// The reply up to the end of the line that holds a piece of text, without NULs; false where there
+// is none.
 bool line_with(const std::string& reply, const std::string& piece, std::string& found) {
   const size_t at = reply.find(piece);
   const size_t end = at == std::string::npos ? at : reply.find('\n', at);
   if (end == std::string::npos) return false;
   found = reply.substr(0, end);
+  std::erase(found, '\0');
   return true;
 }
 
@@ -73,7 +75,7 @@ void look(const std::string& received, const std::string& command, const char* e
   REQUIRE(handle->received_length >= 0 && handle->received_length <= kRoom);
   REQUIRE(handle->receive_buffer[handle->received_length] == '\0');
   const std::string acknowledged = handle->last_acknowledgement;
-  REQUIRE(acknowledged == verdict.acknowledgement.c_str());
+  REQUIRE(acknowledged == verdict.acknowledgement);
 }
 
 }  // namespace

@@ -176,19 +176,17 @@ void read_route(const char* destination, const std::string& content) {
     REQUIRE(gateway.get() == expected->gateway && interface.get() == expected->interface);
 }
 
-// The number of the last line that has the name, as it is told; empty when none has it. What is
-// below zero is no number of a partition, but "-0" is zero.
+// The number of the last line that has the name, as it is told; empty when none has it. No
+// partition's number has a sign.
 std::string expected_partition(const std::string& content, const std::string& name) {
   std::string last;
   for (const std::string& line : lines_of(content, 1024)) {
     if (line.rfind("mtd", 0) != 0) continue;
-    const size_t begin = line[3] == '-' ? 4 : 3;
-    const size_t end = line.find_first_not_of("0123456789", begin);
-    if (end == begin || end == std::string::npos || line[end] != ':') continue;
-    const std::string digits = line.substr(begin, end - begin);
+    const size_t end = line.find_first_not_of("0123456789", 3);
+    if (end == 3 || end == std::string::npos || line[end] != ':') continue;
+    const std::string digits = line.substr(3, end - 3);
     const std::string number =
         digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
-    if (!number.empty() && begin == 4) continue;
     if (number.size() > 10 || (!number.empty() && std::stoll(number) > INT32_MAX)) continue;
     if (line.find(name) != std::string::npos) last = number.empty() ? "0" : number;
   }
